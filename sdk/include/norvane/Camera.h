@@ -1,0 +1,86 @@
+#pragma once
+
+#include "norvane/BasePtr.h"
+#include "norvane/EventHandlers.h"
+#include "norvane/Image.h"
+#include "norvane/genapi/INodeMap.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Norvane {
+
+/// Waits without limit.
+constexpr std::uint64_t EVENT_TIMEOUT_INFINITE = 0xFFFFFFFFFFFFFFFFULL;
+
+/// What every camera of any transport offers. Calls may come from any thread.
+class ICameraBase {
+public:
+    virtual ~ICameraBase() = default;
+
+    /// False once the camera has left its interface; a camera that comes back is valid again.
+    virtual bool IsValid() const = 0;
+    virtual bool IsInitialized() const = 0;
+    /// Opens the camera, with control where nobody else holds it, else for reading only. Waits for a camera
+    /// that does not answer at most a second; opening then goes on in the background.
+    /// @throws Exception (Timeout, NotAvailable, Io) when it is not open at the end.
+    virtual void Init() = 0;
+    /// Ends acquisition and closes the camera; node maps stay usable for reading what is cached. No error.
+    virtual void DeInit() = 0;
+    virtual bool IsStreaming() const = 0;
+    /// RW, RO when another program holds the camera, NA while it is not open.
+    virtual GenApi::EAccessMode GetAccessMode() const = 0;
+
+    /// The camera's own features, root category "Root".
+    /// @throws Exception (NotInitialized) before the first Init().
+    virtual GenApi::INodeMap& GetNodeMap() = 0;
+    /// Discovery-level information ("DeviceModelName", "DeviceSerialNumber", ...), readable without Init().
+    /// The booleans "GevDeviceIsWrongSubnet" and "DeviceIsUnusable" mark a camera that cannot be worked with.
+    virtual GenApi::INodeMap& GetTLDeviceNodeMap() = 0;
+    /// Stream buffer handling and statistics, readable without Init().
+    virtual GenApi::INodeMap& GetTLStreamNodeMap() = 0;
+
+    /// The number that stands for this camera, see InterfaceEventHandler.
+    virtual std::uint64_t GetDeviceNumber() const = 0;
+    /// Text that identifies the device across restarts, for example "Altrona-DWS-50S5C-21034567".
+    virtual std::string GetUniqueID() const = 0;
+
+    /// @throws Exception (NotInitialized, ResourceInUse when streaming already, AccessDenied, Io).
+    virtual void BeginAcquisition() = 0;
+    /// Wakes whoever waits in GetNextImage. Returns after the last call of an image handler, except when it
+    /// is called by one.
+    /// @throws Exception (NotInitialized) when the camera is not streaming.
+    virtual void EndAcquisition() = 0;
+    /// The next image of a streaming camera that has no image handler.
+    /// @throws Exception (Timeout), (Abort) when acquisition ends or the camera is lost meanwhile,
+    ///         (InvalidId) for a stream that does not exist.
+    virtual ImagePtr GetNextImage(std::uint64_t timeoutMs = EVENT_TIMEOUT_INFINITE,
+                                  std::uint64_t streamIndex = 0) = 0;
+
+    /// @throws Exception (InvalidParameter) when the handler is no ImageEventHandler or registered already.
+    virtual void RegisterEventHandler(EventHandler& handler) = 0;
+    /// Returns after the handler's last call, except when it is called by the handler itself.
+    virtual void UnregisterEventHandler(EventHandler& handler) = 0;
+};
+
+class Camera : public ICameraBase {};
+
+using CameraPtr = BasePtr<Camera, ICameraBase>;
+
+/// A picture of the cameras at one moment. Holds handles, so it must be gone before the system goes.
+class CameraList {
+public:
+    CameraList() = default;
+    explicit CameraList(std::vector<CameraPtr> cameras) : m_cameras(std::move(cameras)) {}
+
+    unsigned int GetSize() const noexcept { return static_cast<unsigned int>(m_cameras.size()); }
+    /// @throws Exception (InvalidParameter) when the index is not below GetSize().
+    CameraPtr GetByIndex(unsigned int index) const;
+    void Clear() noexcept { m_cameras.clear(); }
+
+private:
+    std::vector<CameraPtr> m_cameras;
+};
+
+} // namespace Norvane

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "norvane/Image.h"
+
+#include <cstdint>
+#include <string>
+
+namespace Norvane {
+
+/// Base of everything that can be registered for events. The library calls handlers on threads of its own
+/// and holds no lock of its own meanwhile; it never owns a handler. Unregistering returns after the last
+/// call.
+class EventHandler {
+public:
+    virtual ~EventHandler() = default;
+};
+
+class InterfaceArrivalEventHandler : public virtual EventHandler {
+public:
+    virtual void OnInterfaceArrival(std::string interfaceId) = 0;
+};
+
+class InterfaceRemovalEventHandler : public virtual EventHandler {
+public:
+    virtual void OnInterfaceRemoval(std::string interfaceId) = 0;
+};
+
+/// Arrival and removal of cameras, by the number that stands for a camera everywhere in the library: its
+/// serial number where that is a number of 32 bits, else a stable number made from its identity.
+class InterfaceEventHandler : public virtual EventHandler {
+public:
+    virtual void OnDeviceArrival(std::uint64_t serialNumber) = 0;
+    virtual void OnDeviceRemoval(std::uint64_t serialNumber) = 0;
+};
+
+/// Images of a streaming camera, one call per image, in order, on that camera's dispatch thread. A slow
+/// handler costs frames, which the stream counts as under-runs.
+class ImageEventHandler : public virtual EventHandler {
+public:
+    virtual void OnImageEvent(ImagePtr image) = 0;
+};
+
+} // namespace Norvane

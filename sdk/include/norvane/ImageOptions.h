@@ -1,0 +1,58 @@
+#pragma once
+
+namespace Norvane {
+
+/// File formats of a saved image, by the numbers that the save operation takes.
+enum ImageFileFormat : int {
+    FILE_FORMAT_FROM_FILE_EXT = -1, ///< taken from the file name's extension
+    FILE_FORMAT_PGM = 0,
+    FILE_FORMAT_PPM = 1,
+    FILE_FORMAT_BMP = 2,
+    FILE_FORMAT_JPEG = 3,
+    FILE_FORMAT_JPEG2000 = 4,
+    FILE_FORMAT_TIFF = 5,
+    FILE_FORMAT_PNG = 6,
+    FILE_FORMAT_RAW = 7, ///< the camera's bytes as they are, no header
+};
+
+struct PNGOption {
+    bool interlaced = false;
+    unsigned int compressionLevel = 6; ///< zlib level, 0 to 9
+};
+
+struct BMPOption {
+    bool indexedColor_8bit = false; ///< mono images as 8-bit indexed grey; colour images ignore it
+};
+
+struct PGMOption {
+    bool binaryFile = true; ///< P5 when true, else P2
+};
+
+struct PPMOption {
+    bool binaryFile = true; ///< P6 when true, else P3
+};
+
+struct JPEGOption {
+    bool progressive = false;
+    unsigned int quality = 75; ///< 1 to 100
+};
+
+struct JPG2Option {
+    unsigned int quality = 16; ///< compression ratio, 1 (best) to 512
+};
+
+struct TIFFOption {
+    enum CompressionMethod : int {
+        NONE = 1,
+        PACKBITS,
+        DEFLATE,
+        ADOBE_DEFLATE,
+        CCITTFAX3, ///< bilevel images only
+        CCITTFAX4, ///< bilevel images only
+        LZW,
+        JPEG,
+    };
+    CompressionMethod compression = NONE;
+};
+
+} // namespace Norvane

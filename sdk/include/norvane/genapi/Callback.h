@@ -1,0 +1,22 @@
+#pragma once
+
+#include "norvane/genapi/INode.h"
+
+#include <cstdint>
+
+namespace Norvane::GenApi {
+
+using NodeCallback = void (*)(INode* node);
+using CallbackHandleType = std::int64_t;
+
+/// Calls `function` whenever the node's value, range or access mode may have changed: once per change, on the
+/// thread that caused it, inside or after the node map's lock. The same function registered again for the
+/// same node and type gets a handle of its own but is still called once per change.
+/// @throws Exception (GenApiLogical) for a null node.
+CallbackHandleType Register(INode* node, NodeCallback function, ECallbackType type = cbPostInsideLock);
+
+/// Ends one registration; false for a handle that is not registered. A call that runs on another thread is
+/// waited for, except by the callback itself.
+bool Deregister(CallbackHandleType handle);
+
+} // namespace Norvane::GenApi

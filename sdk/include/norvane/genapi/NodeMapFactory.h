@@ -1,0 +1,63 @@
+#pragma once
+
+#include "norvane/genapi/INodeMap.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace Norvane::GenApi {
+
+/// The bytes behind a node map: a camera's registers, a chunk, or a test's array. Called with the node map's
+/// lock held, by whichever thread uses a node; must not call back into the node map.
+class IPort {
+public:
+    virtual ~IPort() = default;
+
+    /// RW, RO, WO; NA while the device is closed.
+    virtual EAccessMode GetAccessMode() const = 0;
+    /// Reads `length` bytes at `address`. @throws Exception (Io, Timeout, InvalidAddress).
+    virtual void Read(void* buffer, std::int64_t address, std::int64_t length) = 0;
+    virtual void Write(const void* buffer, std::int64_t address, std::int64_t length) = 0;
+};
+
+struct CacheAudit {
+    std::uint64_t reads = 0;       ///< cached values that were read again
+    std::uint64_t differences = 0; ///< of those, how many differed from the cache
+};
+
+struct NodeMapOptions {
+    /// Stands in log lines and errors, and is INodeMap::GetDeviceName().
+    std::string deviceName;
+    /// Ports beside the main one, by the name of the description's Port node. A Port node of another name
+    /// that is not found here is the main port, except one with a ChunkID, which is not available.
+    std::map<std::string, std::shared_ptr<IPort>> ports;
+    /// Called after an operation on the map has marked nodes as changed and its callbacks have run; null for
+    /// none.
+    std::function<void()> onChanged;
+    /// Re-reads the port whenever a cached value is used, and counts differences; for tests.
+    CacheAudit* cacheAudit = nullptr;
+};
+
+/// Builds a node map from a camera description file (GenApi schema 1.0 or 1.1; XML text, or a zip archive
+/// that holds it). A broken element costs its own node and one log line. The map keeps the port.
+/// @throws Exception (GenApiLogical) when the text is no description at all; says where it breaks.
+std::shared_ptr<INodeMap> CreateNodeMap(std::string_view description, std::shared_ptr<IPort> port,
+                                        const NodeMapOptions& options = {});
+
+/// Attaches one image's chunk data to the chunk ports of a map: each chunk's bytes by its ID. Ports whose ID
+/// is missing become not available. The bytes must live until the next call; an empty map detaches.
+struct ChunkView {
+    const std::uint8_t* data = nullptr;
+    std::size_t size = 0;
+};
+void AttachChunks(INodeMap& map, const std::map<std::uint64_t, ChunkView>& chunksById);
+
+/// A port over an array of bytes, filled with zeros at addresses never written. For `describe` and tests.
+std::shared_ptr<IPort> CreateMemoryPort();
+
+} // namespace Norvane::GenApi
