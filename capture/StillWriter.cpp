@@ -1,0 +1,73 @@
+#include "StillWriter.h"
+
+#include <QTime>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+namespace {
+
+const char* extensionOf(RecordImFormat format) {
+    switch (format) {
+    case PGM:
+        return ".pgm";
+    case PPM:
+        return ".ppm";
+    case BMP:
+        return ".bmp";
+    case JPEG:
+        return ".jpg";
+    case JPEG2000:
+        return ".jpg2000";
+    case TIFF:
+        return ".tiff";
+    case PNG:
+        return ".png";
+    case RAW:
+        break;
+    }
+    return ".raw";
+}
+
+} // namespace
+
+void StillWriter::Write(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
+    const QByteArray folder = settings.folder.toUtf8();
+    const QByteArray stem = QTime::currentTime().toString(QStringLiteral("hh_mm_ss_zzz")).toUtf8();
+    const char* extension = extensionOf(settings.imageFormat);
+    const QByteArray finalName = folder + "/" + stem + extension;
+    const QByteArray hiddenName = folder + "/." + stem + extension;
+
+    Save(image, hiddenName.constData(), settings);
+    if (std::rename(hiddenName.constData(), finalName.constData()) != 0) {
+        const int reason = errno;
+        std::remove(hiddenName.constData());
+        throw Norvane::Exception(Norvane::Error::Io, "Cannot give " + finalName.toStdString() +
+                                                         " its name: " + std::strerror(reason));
+    }
+}
+
+void StillWriter::Save(const Norvane::ImagePtr& image, const char* fileName,
+                       const RecordingSettings& settings) {
+    switch (settings.imageFormat) {
+    case PGM:
+        return image->Save(fileName, settings.pgm);
+    case PPM:
+        return image->Save(fileName, settings.ppm);
+    case BMP:
+        return image->Save(fileName, settings.bmp);
+    case JPEG:
+        return image->Save(fileName, settings.jpeg);
+    case JPEG2000:
+        return image->Save(fileName, settings.jpeg2000);
+    case TIFF:
+        return image->Save(fileName, settings.tiff);
+    case PNG:
+        return image->Save(fileName, settings.png);
+    case RAW:
+        break;
+    }
+    image->Save(fileName);
+}

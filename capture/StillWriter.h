@@ -1,0 +1,14 @@
+#pragma once
+
+#include "RecordingTypes.h"
+
+/// Writes one image of a recording as a file of its own, named after the local time to the millisecond.
+/// A finished file appears under its name at once: until then it stands hidden beside it. Any thread.
+class StillWriter {
+public:
+    /// @throws Norvane::Exception with the reason when the file cannot be written.
+    static void Write(const Norvane::ImagePtr& image, const RecordingSettings& settings);
+
+private:
+    static void Save(const Norvane::ImagePtr& image, const char* fileName, const RecordingSettings& settings);
+};
