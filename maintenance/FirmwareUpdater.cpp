@@ -1,0 +1,52 @@
+#include "FirmwareUpdater.h"
+
+#include <QMutexLocker>
+
+#include <atomic>
+
+namespace {
+
+std::atomic<ShowProgressFunction> showProgress{nullptr};
+
+struct LastAction {
+    QMutex mutex;
+    QString text;
+};
+
+LastAction& lastAction() {
+    static LastAction action;
+    return action;
+}
+
+} // namespace
+
+FirmwareUpdater::FirmwareUpdater(QWidget* owner) : m_owner(owner) {}
+
+void FirmwareUpdater::startFirmwareUpdate(QString, QString) {
+    emit toggleProgressView(true);
+    const QMutexLocker lock(&m_mutex);
+}
+
+void SetShowProgressFunction(ShowProgressFunction function) {
+    showProgress = function;
+}
+
+QString LastFirmwareAction() {
+    LastAction& last = lastAction();
+    const QMutexLocker lock(&last.mutex);
+    return last.text;
+}
+
+int ProgressCallbackFcn(const char* action, unsigned int percent, int a, int b) {
+    if (action) {
+        LastAction& last = lastAction();
+        const QMutexLocker lock(&last.mutex);
+        if (!last.text.toUtf8().contains(action[0])) {
+            last.text = QString::fromUtf8(action);
+        }
+    }
+    if (const ShowProgressFunction function = showProgress) {
+        function(action, percent, a, b);
+    }
+    return 1;
+}

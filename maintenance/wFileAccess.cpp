@@ -1,0 +1,414 @@
+#include "wFileAccess.h"
+
+#include "CameraFile.h"
+#include "Guarded.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMutex>
+#include <QMutexLocker>
+#include <QPointer>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSaveFile>
+#include <QScopeGuard>
+#include <QSignalBlocker>
+#include <QStandardPaths>
+#include <QThread>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <limits>
+
+using namespace Norvane::GenApi;
+
+namespace {
+
+/// More often than this nobody sees a number change, and drawing it would cost more than a fast link's chunk.
+constexpr qint64 kProgressIntervalMs = 15;
+/// What a byte array can hold.
+constexpr std::int64_t kLargestFile = std::numeric_limits<int>::max() - 64;
+
+/// The tabs that a node callback, which knows only its node, reports to.
+struct Listeners {
+    QMutex mutex;
+    std::vector<wFileAccess*> tabs;
+};
+
+Listeners& listeners() {
+    static Listeners instance;
+    return instance;
+}
+
+/// The whole content of a file; nothing when it cannot be read, or is no plain file at all.
+std::optional<QByteArray> readFile(const QString& path) {
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || file.size() > kLargestFile || !file.open(QIODevice::ReadOnly)) {
+        return std::nullopt;
+    }
+    QByteArray content = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        return std::nullopt;
+    }
+    return content;
+}
+
+} // namespace
+
+wFileAccess::wFileAccess(QWidget* parent) : FileAccessTab(parent) {
+    qRegisterMetaType<Norvane::GenApi::INode*>("Norvane::GenApi::INode*");
+    setWindowTitle(tr("Camera File Access"));
+    setFeatures(QDockWidget::NoDockWidgetFeatures);
+    setupWidgets();
+    m_userFilePath =
+        QStandardPaths::writableLocation(QStandardPaths::HomeLocation) + QStringLiteral("/Videos");
+
+    // Queued: the callback runs inside the node map's lock, maybe on a thread of the library.
+    connect(this, SIGNAL(NodeUpdated(Norvane::GenApi::INode*)), this,
+            SLOT(OnNodeChanged(Norvane::GenApi::INode*)), Qt::QueuedConnection);
+    connect(this, SIGNAL(FileOperationStatusChanged(bool)), this, SLOT(OnFileOperationStatusChanged(bool)));
+    connect(m_fileSelector, SIGNAL(currentIndexChanged(int)), this,
+            SLOT(OnFileSelectorCurrentIndexChanged(int)));
+    connect(m_buttonUpload, SIGNAL(clicked()), this, SLOT(OnUploadButtonClicked()));
+    connect(m_buttonDownload, SIGNAL(clicked()), this, SLOT(OnDownloadButtonClicked()));
+    connect(m_writeToDdr, SIGNAL(stateChanged(int)), this, SLOT(OnWriteToDDRCheckBoxChanged(int)));
+
+    Listeners& all = listeners();
+    const QMutexLocker lock(&all.mutex);
+    all.tabs.push_back(this);
+}
+
+wFileAccess::~wFileAccess() {
+    deinitializeValues();
+    Listeners& all = listeners();
+    const QMutexLocker lock(&all.mutex);
+    all.tabs.erase(std::remove(all.tabs.begin(), all.tabs.end(), this), all.tabs.end());
+}
+
+void wFileAccess::setupWidgets() {
+    auto* container = new QWidget(this);
+    m_fileSelector = new QComboBox;
+    m_fileSelector->setObjectName(QStringLiteral("m_fileSelector"));
+    m_fileSelector->setToolTip(tr("Selects which file is being operated on"));
+    m_fileSelector->setStyleSheet(QStringLiteral("QComboBox { border: 1px solid gray; background: white;} "
+                                                 "QComboBox QAbstractItemView { background: white; }"));
+    m_buttonUpload = new QPushButton(tr("Upload"));
+    m_buttonUpload->setObjectName(QStringLiteral("m_buttonUpload"));
+    m_buttonUpload->setToolTip(tr("Upload file to device"));
+    m_buttonDownload = new QPushButton(tr("Download"));
+    m_buttonDownload->setObjectName(QStringLiteral("m_buttonDownload"));
+    m_buttonDownload->setToolTip(tr("Download file from device"));
+    m_writeToDdr = new QCheckBox(tr("\nWrite to DDR (Faster but data is cleared after power cycling)"));
+    m_writeToDdr->setObjectName(QStringLiteral("m_writeToDdr"));
+    m_writeToDdr->setToolTip(tr("Check this option to upload files to DDR instead of the device flash.\n"
+                                "This is a faster operation, but the camera forgets the files when its power "
+                                "is switched off."));
+    m_progress = new QProgressBar;
+    m_progress->setObjectName(QStringLiteral("m_progressBar"));
+    m_progress->setRange(0, 100);
+    m_progress->hide();
+    m_status = new QLabel;
+    m_status->setObjectName(QStringLiteral("m_statusLabel"));
+    m_status->setWordWrap(true);
+    m_status->hide();
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(m_buttonUpload);
+    buttons->addWidget(m_buttonDownload);
+    auto* layout = new QVBoxLayout(container);
+    layout->addWidget(m_fileSelector);
+    layout->addLayout(buttons);
+    layout->addWidget(m_writeToDdr);
+    layout->addWidget(m_progress);
+    layout->addWidget(m_status);
+    layout->addStretch();
+    setWidget(container);
+}
+
+void wFileAccess::Callback(INode* node) {
+    Listeners& all = listeners();
+    const QMutexLocker lock(&all.mutex);
+    for (wFileAccess* tab : all.tabs) {
+        emit tab->NodeUpdated(node);
+    }
+}
+
+void wFileAccess::OnCameraUpdated(Norvane::CameraPtr camPtr) {
+    deinitializeValues();
+    m_camera = camPtr;
+    if (m_camera.IsValid()) {
+        guarded("looking for a camera's file access features", [&] { initializeValues(); });
+    }
+}
+
+void wFileAccess::initializeValues() {
+    if (!m_camera->IsInitialized()) {
+        m_camera->Init();
+    }
+    INodeMap& map = m_camera->GetNodeMap();
+    m_selectorNode = map.GetNode("FileSelector");
+    m_writeToFlashNode = map.GetNode("FileWriteToFlash");
+    for (INode* node : {map.GetNode("FileSelector"), map.GetNode("FileWriteToFlash")}) {
+        if (node) {
+            m_callbacks.push_back(Register(node, &wFileAccess::Callback));
+        }
+    }
+    m_fileAccessCapable = CameraFile::IsSupported(map);
+    populateFileSelector();
+    updateWriteToFlash();
+}
+
+void wFileAccess::deinitializeValues() {
+    for (const CallbackHandleType handle : m_callbacks) {
+        guarded("ending a node callback", [&] { Deregister(handle); });
+    }
+    m_callbacks.clear();
+    m_selectorNode = nullptr;
+    m_writeToFlashNode = nullptr;
+    m_fileAccessCapable = false;
+}
+
+void wFileAccess::populateFileSelector() {
+    m_populating = true;
+    const auto done = qScopeGuard([this] { m_populating = false; });
+    m_fileSelector->clear();
+    guarded("listing a camera's files", [&] {
+        if (!IsReadable(m_selectorNode.Get())) {
+            return;
+        }
+        node_vector entries;
+        m_selectorNode->GetEntries(entries);
+        for (INode* node : entries) {
+            const CEnumEntryPtr entry(node);
+            if (IsImplemented(entry.Get())) {
+                m_fileSelector->addItem(QString::fromUtf8(entry->GetSymbolic().c_str()),
+                                        static_cast<qlonglong>(entry->GetValue()));
+            }
+        }
+        m_fileSelector->setCurrentIndex(
+            m_fileSelector->findData(static_cast<qlonglong>(m_selectorNode->GetIntValue())));
+    });
+}
+
+void wFileAccess::OnFileSelectorCurrentIndexChanged(int index) {
+    if (m_populating || !m_selectorNode || index < 0) {
+        return;
+    }
+    const qlonglong file = m_fileSelector->itemData(index).toLongLong();
+    if (!guarded("selecting a camera file", [&] { m_selectorNode->SetIntValue(file, true); })) {
+        populateFileSelector();
+    }
+}
+
+void wFileAccess::updateWriteToFlash() {
+    if (m_transferRunning) {
+        return;
+    }
+    bool toDdr = false;
+    bool writable = false;
+    guarded("reading FileWriteToFlash", [&] {
+        toDdr = IsReadable(m_writeToFlashNode.Get()) && !m_writeToFlashNode->GetValue();
+        writable = IsWritable(m_writeToFlashNode.Get());
+    });
+    const QSignalBlocker blocker(m_writeToDdr);
+    m_writeToDdr->setChecked(toDdr);
+    m_writeToDdr->setEnabled(writable);
+}
+
+void wFileAccess::OnWriteToDDRCheckBoxChanged(int state) {
+    guarded("writing FileWriteToFlash", [&] {
+        if (IsReadable(m_writeToFlashNode.Get())) {
+            m_writeToFlashNode->SetValue(state == Qt::Unchecked, true);
+        }
+    });
+}
+
+void wFileAccess::OnNodeChanged(INode* node) {
+    // A late call for another camera's node finds no match and does nothing.
+    if (m_selectorNode && node == m_selectorNode->GetNode()) {
+        populateFileSelector();
+    } else if (m_writeToFlashNode && node == m_writeToFlashNode->GetNode()) {
+        updateWriteToFlash();
+    }
+}
+
+void wFileAccess::OnFileOperationStatusChanged(bool busy) {
+    m_transferRunning = busy;
+}
+
+void wFileAccess::setStatus(const QString& text) {
+    m_status->setText(text);
+}
+
+void wFileAccess::processEvents() {
+    QCoreApplication::processEvents();
+}
+
+void wFileAccess::showProgress(std::int64_t moved, std::int64_t total) {
+    m_progress->setValue(static_cast<int>(moved * 100 / total));
+    setStatus(QStringLiteral("%1/%2 bytes").arg(moved).arg(total));
+    processEvents();
+}
+
+void wFileAccess::OnUploadButtonClicked() {
+    if (m_transferRunning) {
+        return;
+    }
+    const QPointer<wFileAccess> self(this);
+    const QString name = QFileDialog::getOpenFileName(this, tr("Open File"), m_userFilePath);
+    if (!self || name.isEmpty()) {
+        return;
+    }
+    m_uploadName = name;
+    m_status->clear();
+    m_status->show();
+    const std::optional<QByteArray> content = readFile(m_uploadName);
+    if (!content) {
+        setStatus(tr("The file specified is not readable"));
+        return;
+    }
+
+    CameraFile file(m_camera, [] {
+        processEvents();
+        QThread::usleep(200);
+    });
+    if (!file.OpenForWriting()) {
+        setStatus(tr("Problem opening file node."));
+        setStatus(tr("Upload failed."));
+        return;
+    }
+    m_progress->show();
+    m_progress->reset();
+    setStatus(tr("Uploading..."));
+    const CameraFile::ChunkAnswer answer = file.PrepareChunks();
+    if (answer == CameraFile::ChunkAnswer::LengthNotWritable) {
+        m_progress->hide();
+        file.Close();
+        setStatus(tr("Upload failed. FileAccessLength is not writable."));
+        return;
+    }
+    if (answer == CameraFile::ChunkAnswer::Failed) {
+        file.Close();
+        setStatus(tr("Upload failed."));
+        return;
+    }
+
+    emit FileOperationStatusChanged(true);
+    m_progress->setValue(0);
+    const bool success = upload(file, *content);
+    if (!file.Close() && self) {
+        setStatus(tr("Problem closing file node."));
+    }
+    if (!self) {
+        return;
+    }
+    setStatus(success ? tr("Upload completed. Wrote %1 bytes.").arg(content->size()) : tr("Upload failed."));
+    emit FileOperationStatusChanged(false);
+    updateWriteToFlash();
+}
+
+bool wFileAccess::upload(CameraFile& file, const QByteArray& content) {
+    const QPointer<wFileAccess> self(this);
+    const std::int64_t total = content.size();
+    QElapsedTimer sinceProgress;
+    sinceProgress.start();
+    for (std::int64_t written = 0; written < total;) {
+        const std::int64_t count =
+            file.WriteChunk(content.constData() + written, std::min(file.ChunkLength(), total - written));
+        // A camera that reports success and takes nothing would be asked forever.
+        if (!self || count <= 0) {
+            return false;
+        }
+        written += count;
+        if (written == total || sinceProgress.hasExpired(kProgressIntervalMs)) {
+            sinceProgress.restart();
+            showProgress(written, total);
+        }
+        if (!self) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void wFileAccess::OnDownloadButtonClicked() {
+    if (m_transferRunning) {
+        return;
+    }
+    const QPointer<wFileAccess> self(this);
+    const QString suggestion = m_userFilePath + QLatin1Char('/') + m_fileSelector->currentText();
+    const QString name = QFileDialog::getSaveFileName(this, tr("Open Path"), suggestion);
+    if (!self || name.isEmpty()) {
+        return;
+    }
+    m_downloadName = name;
+    m_status->clear();
+    m_status->show();
+
+    CameraFile file(m_camera, [] {
+        processEvents();
+        QThread::usleep(200);
+    });
+    if (!file.OpenForReading()) {
+        setStatus(tr("Problem opening file node."));
+        setStatus(tr("Download failed."));
+        return;
+    }
+    const std::int64_t size = file.Size();
+    file.PrepareChunks();
+    // The file that the name stood for so far is replaced only by a complete one.
+    QSaveFile target(m_downloadName);
+    target.setDirectWriteFallback(true);
+    if (size < 0 || size > kLargestFile || file.ChunkLength() <= 0 || !target.open(QIODevice::WriteOnly)) {
+        file.Close();
+        setStatus(tr("Download failed."));
+        return;
+    }
+
+    emit FileOperationStatusChanged(true);
+    m_progress->show();
+    m_progress->reset();
+    setStatus(tr("Downloading..."));
+    m_progress->setValue(0);
+    const std::optional<QByteArray> content = download(file, size);
+    const bool success = content && target.write(*content) == content->size() && target.commit();
+    if (!file.Close() && self) {
+        setStatus(tr("Problem closing file node."));
+    }
+    if (!self) {
+        return;
+    }
+    setStatus(success ? tr("Download completed. Read %1 bytes.").arg(content->size())
+                      : tr("Download failed."));
+    emit FileOperationStatusChanged(false);
+    updateWriteToFlash();
+}
+
+std::optional<QByteArray> wFileAccess::download(CameraFile& file, std::int64_t size) {
+    const QPointer<wFileAccess> self(this);
+    QByteArray content(static_cast<int>(size), Qt::Uninitialized);
+    QElapsedTimer sinceProgress;
+    sinceProgress.start();
+    for (std::int64_t read = 0; read < size;) {
+        const std::int64_t count = file.ReadChunk(content.data() + read, size - read);
+        if (!self || count <= 0) {
+            return std::nullopt;
+        }
+        read += count;
+        if (read == size || sinceProgress.hasExpired(kProgressIntervalMs)) {
+            sinceProgress.restart();
+            showProgress(read, size);
+        }
+        if (!self) {
+            return std::nullopt;
+        }
+    }
+    return content;
+}
