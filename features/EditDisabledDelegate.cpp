@@ -1,0 +1,5 @@
+#include "EditDisabledDelegate.h"
+
+QWidget* EditDisabledDelegate::createEditor(QWidget*, const QStyleOptionViewItem&, const QModelIndex&) const {
+    return nullptr;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Mapper.h"
+
+#include <QTreeView>
+
+/// The tree of features. It decides which click or key opens an editor, because opening one can act on the
+/// camera: a click runs a command once, and walking through the rows with the keyboard neither runs commands
+/// nor takes the arrow keys away; Enter, F2, Space or typing edits then. Owned by wFeatureTree.
+class FeatureTreeView : public QTreeView {
+    Q_OBJECT
+
+public:
+    using QTreeView::QTreeView;
+
+    /// Shows a model; the selection of the model shown before goes with it.
+    void showModel(QAbstractItemModel* model);
+    /// True while the editor that is being made was asked for by a click.
+    bool isOpenedByClick() const { return m_openedByClick; }
+
+protected:
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    bool open(const QModelIndex& index, bool byClick);
+
+    bool m_pressing = false;
+    bool m_typing = false;
+    bool m_openedByClick = false;
+    bool m_actedOnPress = false;
+};

@@ -1,0 +1,661 @@
+#include "wFeatureTree.h"
+
+#include "CustomDelegate.h"
+#include "EditDisabledDelegate.h"
+#include "FeatureModel.h"
+#include "FeatureTreeView.h"
+#include "Guarded.h"
+#include "wPrmDialog.h"
+
+#include <QButtonGroup>
+#include <QCoreApplication>
+#include <QGridLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMutexLocker>
+#include <QTextDocument>
+#include <QThread>
+#include <QToolBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Norvane::GenApi;
+
+namespace {
+
+constexpr int kToolBarHeight = 36;
+constexpr int kDescriptionHeight = 50;
+constexpr std::size_t kDeepestCategory = 64; ///< far beyond any camera; a description may be broken
+constexpr char kTreeStyle[] =
+    "QTreeView::item:!selected{ border: 1px solid gainsboro; border-left: none; border-top: none; }"
+    "QTreeView::item:open {border: 1px solid gainsboro; background-color: rgb(230,240,250);}"
+    "QTreeView::item:selected{}";
+
+QMutex instanceMutex; ///< guards wFeatureTree::m_pInstance
+
+QString text(const gcstring& from) {
+    return QString::fromUtf8(from.c_str());
+}
+
+void setTitle(QDockWidget& dock, const char* title) {
+    dock.setWindowTitle(QCoreApplication::translate("mainWindow", title));
+}
+
+} // namespace
+
+wFeatureTree* wFeatureTree::m_pInstance = nullptr;
+
+wFeatureTree::wFeatureTree(QWidget* parent) : CustomTabInterface(parent) {
+    setTitleBarWidget(new QWidget(this));
+    auto* central = new QWidget(this);
+    auto* layout = new QVBoxLayout(central);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(2);
+    setWidget(central);
+    setupToolBar();
+    setupCustomFeatureTree();
+    setupDescLabel();
+    qRegisterMetaType<INode*>("Norvane::GenApi::INode*");
+    {
+        const QMutexLocker lock(&instanceMutex);
+        m_pInstance = this;
+    }
+    connect(m_searchBox, SIGNAL(textChanged(QString)), this, SLOT(OnRefreshTree()));
+    connect(this, SIGNAL(NodeUpdated(Norvane::GenApi::INode*)), this,
+            SLOT(OnNodeChanged(Norvane::GenApi::INode*)));
+}
+
+wFeatureTree::~wFeatureTree() {
+    const QMutexLocker lock(&instanceMutex);
+    if (m_pInstance == this) {
+        m_pInstance = nullptr;
+    }
+}
+
+void wFeatureTree::setupToolBar() {
+    // Only a main window lays out a tool bar.
+    auto* host = new QMainWindow(widget(), Qt::Widget);
+    host->setContextMenuPolicy(Qt::NoContextMenu);
+    host->setFixedHeight(kToolBarHeight);
+    auto* bar = new QToolBar(host);
+    bar->setObjectName(QStringLiteral("toolBarSort"));
+    bar->setMovable(false);
+    host->addToolBar(bar);
+
+    const auto makeButton = [bar](const char* name, const QString& toolTip, const char* icon) {
+        auto* button = new QToolButton(bar);
+        button->setObjectName(QLatin1String(name));
+        button->setToolTip(toolTip);
+        button->setAccessibleName(toolTip);
+        button->setIcon(QIcon(QLatin1String(icon)));
+        return button;
+    };
+    m_sortButtons = new QButtonGroup(this);
+    m_sortButtons->setExclusive(true);
+    const auto addSortButton = [&](SortOrder id, QToolButton* button) {
+        button->setCheckable(true);
+        m_sortButtons->addButton(button, id);
+        bar->addWidget(button);
+    };
+    addSortButton(ByXml, makeButton("actionSortXML", tr("Sort by XML hierarchy"), ":images/XML.png"));
+    addSortButton(ByCategory,
+                  makeButton("actionSortCategory", tr("Sort by category"), ":images/Category.png"));
+    addSortButton(ByAlpha, makeButton("actionSortAlpha", tr("Sort by alphabetical"), ":images/Alpha.png"));
+    m_sortButtons->button(ByXml)->setChecked(true);
+    auto* expand = makeButton("actionExpandTree", tr("Expand/Collapse all nodes"), ":images/expand.png");
+    bar->addWidget(expand);
+
+    m_searchBox = new QLineEdit(bar);
+    m_searchBox->setMaximumWidth(300);
+    m_searchBox->setPlaceholderText(QStringLiteral("Search"));
+    m_searchBox->setEnabled(true);
+    m_searchBox->setClearButtonEnabled(true);
+    m_searchBox->setAccessibleName(tr("Search features"));
+    m_searchBox->setToolTip(tr("Shows the features whose name matches this regular expression"));
+    bar->addWidget(m_searchBox);
+    bar->addSeparator();
+
+    connect(m_sortButtons, SIGNAL(buttonClicked(int)), this, SLOT(OnButtonGroupClicked(int)));
+    connect(expand, SIGNAL(clicked()), this, SLOT(OnActionExpandTree()));
+    widget()->layout()->addWidget(host);
+}
+
+void wFeatureTree::setupCustomFeatureTree() {
+    m_model = new FeatureModel(this);
+    m_filteredModel = new FeatureModel(this);
+    m_treeView = new FeatureTreeView(widget());
+    m_treeView->setEditTriggers(QAbstractItemView::CurrentChanged | QAbstractItemView::SelectedClicked |
+                                QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed);
+    m_treeView->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_treeView->setStyleSheet(QLatin1String(kTreeStyle));
+    m_treeView->setUniformRowHeights(true);
+    m_treeView->setAccessibleName(tr("Features"));
+    m_treeView->showModel(m_model);
+    m_treeView->setItemDelegateForColumn(0, new EditDisabledDelegate(this));
+    auto* delegate = new CustomDelegate(this);
+    m_treeView->setItemDelegateForColumn(1, delegate);
+    m_model->setRowHeight(delegate->rowHeight());
+    m_filteredModel->setRowHeight(delegate->rowHeight());
+    connect(m_treeView, SIGNAL(doubleClicked(QModelIndex)), this, SLOT(OnDoubleClickParam(QModelIndex)));
+    connect(m_treeView, SIGNAL(clicked(QModelIndex)), this, SLOT(OnSingleClickParam(QModelIndex)));
+    widget()->layout()->addWidget(m_treeView);
+}
+
+void wFeatureTree::setupDescLabel() {
+    auto* grid = new QGridLayout;
+    grid->setContentsMargins(4, 0, 4, 2);
+    grid->setVerticalSpacing(1);
+    m_descTitleLabel = new QLabel(widget());
+    QFont bold = m_descTitleLabel->font();
+    bold.setBold(true);
+    m_descTitleLabel->setFont(bold);
+    m_descLabel = new QLabel(widget());
+    m_descLabel->setWordWrap(true);
+    m_descLabel->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    grid->addWidget(m_descTitleLabel, 0, 0);
+    grid->addWidget(m_descLabel, 1, 0);
+    static_cast<QVBoxLayout*>(widget()->layout())->addLayout(grid);
+    updateDescLabel();
+}
+
+void wFeatureTree::updateDescLabel() {
+    m_descTitleLabel->setText(m_descTitle);
+    m_descLabel->setTextFormat(Qt::RichText);
+    // A description is text that may hold "<" on its own; only what is markup is taken as such.
+    m_descLabel->setText(Qt::mightBeRichText(m_description) ? m_description : m_description.toHtmlEscaped());
+    m_descLabel->setToolTip(m_description);
+    m_descLabel->setFixedHeight(kDescriptionHeight);
+}
+
+void wFeatureTree::clearDescLabel() {
+    m_descTitle.clear();
+    m_description.clear();
+    updateDescLabel();
+}
+
+void wFeatureTree::setColumnWidths() {
+    const int columnWidth = width() / 2 - 25;
+    m_treeView->setColumnWidth(0, columnWidth);
+    m_treeView->setColumnWidth(1, columnWidth);
+}
+
+void wFeatureTree::resizeEvent(QResizeEvent* event) {
+    CustomTabInterface::resizeEvent(event);
+    setColumnWidths();
+}
+
+void wFeatureTree::clearTreeModel() {
+    m_treeView->setUpdatesEnabled(false);
+    m_model->clearRows();
+    m_treeView->setSortingEnabled(false);
+}
+
+void wFeatureTree::clearFilteredTreeModel() {
+    m_treeView->setUpdatesEnabled(false);
+    m_filteredModel->clearRows();
+}
+
+void wFeatureTree::clearTreeView() {
+    m_camera = nullptr;
+    m_interface = nullptr;
+    m_searchBox->clear();
+    clearFilteredTreeModel();
+    m_model->clearRows();
+    {
+        const QMutexLocker lock(&m_categoryMutex);
+        m_deviceCategories.clear();
+        m_tlDeviceCategories.clear();
+        m_streamCategories.clear();
+        m_interfaceCategories.clear();
+    }
+    finishView();
+}
+
+void wFeatureTree::OnTreeViewCleared() {
+    clearTreeView();
+}
+
+QStandardItemModel* wFeatureTree::GetCurrentModel() const {
+    return m_searchBox->text().isEmpty() ? m_model : m_filteredModel;
+}
+
+void wFeatureTree::finishView() {
+    if (m_expanded) {
+        m_treeView->expandAll();
+    }
+    m_treeView->setUpdatesEnabled(true);
+    m_treeView->update();
+    setColumnWidths();
+}
+
+void wFeatureTree::showHierarchyOrder() {
+    // A rebuild of the hierarchy ends the alphabetical order; the buttons must not say otherwise.
+    if (m_sortButtons->checkedId() == ByAlpha) {
+        m_sortButtons->button(ByXml)->setChecked(true);
+    }
+}
+
+// --- populating
+
+bool wFeatureTree::CheckIsCategoryNode(const CNodePtr& node, EAccessMode access, value_vector& features) {
+    CCategoryPtr category(node);
+    if (!category.IsValid() || !IsReadable(access)) {
+        return false;
+    }
+    category->GetFeatures(features);
+    return true;
+}
+
+void wFeatureTree::PopulateFeatureTree(CNodePtr node, QStandardItem* parent, bool insertUnderParent) {
+    const EAccessMode access = node->GetAccessMode();
+    QStandardItem* target = parent && insertUnderParent ? parent : m_model->invisibleRootItem();
+    value_vector features;
+    if (!CheckIsCategoryNode(node, access, features)) {
+        if (access == NI) {
+            return;
+        }
+        if (!m_sameDevice) {
+            Register(node, &wFeatureTree::Callback, cbPostInsideLock);
+        }
+        target->appendRow(FeatureModel::makeFeatureRow(*node, access));
+        return;
+    }
+    const bool known = std::find(m_path.begin(), m_path.end(), node.Get()) != m_path.end();
+    if (known || m_path.size() >= kDeepestCategory) {
+        qWarning("%s: the category lies %s and is left out", node->GetName().c_str(),
+                 known ? "inside itself" : "too deep");
+        return;
+    }
+    std::unique_ptr<QStandardItem> item(FeatureModel::makeCategoryItem(*node));
+    node_vector children;
+    node->GetChildren(children, ctReadingChildren);
+    m_path.push_back(node);
+    for (INode* child : children) {
+        try {
+            PopulateFeatureTree(child, item.get(), insertUnderParent);
+        } catch (...) {
+            m_path.pop_back();
+            throw;
+        }
+    }
+    m_path.pop_back();
+    if (insertUnderParent) {
+        if (!parent) {
+            FeatureModel::setTopLevelLook(item.get());
+        }
+        target->appendRow(item.release());
+    }
+}
+
+void wFeatureTree::displayNodeMapByXML(INodeMap& map, QStandardItem* parent) {
+    m_treeView->setUpdatesEnabled(false);
+    QStandardItem scratch(tr("extraLevel"));
+    guarded("feature tree", [&] {
+        CNodePtr root(map.GetNode("Root"));
+        if (root.IsValid() && CCategoryPtr(root).IsValid() && IsReadable(root->GetAccessMode())) {
+            PopulateFeatureTree(root, &scratch, true);
+        }
+    });
+    if (scratch.rowCount() == 1) {
+        QStandardItem* root = scratch.child(0);
+        QStandardItem* target = parent ? parent : m_model->invisibleRootItem();
+        while (root->rowCount() > 0) {
+            const QList<QStandardItem*> row = root->takeRow(0);
+            if (!parent) {
+                FeatureModel::setTopLevelLook(row.front());
+            }
+            target->appendRow(row);
+        }
+    }
+    m_treeView->setUpdatesEnabled(true);
+}
+
+void wFeatureTree::displayNodeMapByAlpha(INodeMap& map) {
+    guarded("feature list", [&] {
+        CNodePtr root(map.GetNode("Root"));
+        if (root.IsValid() && IsReadable(root->GetAccessMode())) {
+            PopulateFeatureTree(root, nullptr, false);
+        }
+    });
+}
+
+void wFeatureTree::displayCamera(const Norvane::CameraPtr& camera) {
+    QByteArray modelTitle = "Duskwing S";
+    if (!camera->IsInitialized()) {
+        camera->Init();
+    }
+    INodeMap& deviceMap = camera->GetNodeMap();
+    INodeMap& tlDeviceMap = camera->GetTLDeviceNodeMap();
+    INodeMap& streamMap = camera->GetTLStreamNodeMap();
+    guarded("model name", [&] {
+        CStringPtr modelName(deviceMap.GetNode("DeviceModelName"));
+        if (modelName.IsValid() && IsReadable(modelName->GetAccessMode())) {
+            modelTitle = modelName->GetValue().c_str();
+            setTitle(*this, modelTitle);
+        }
+    });
+    clearTreeModel();
+    clearFilteredTreeModel();
+    clearDescLabel();
+    {
+        const QMutexLocker lock(&m_categoryMutex);
+        GetCategoryNodesList(deviceMap, m_deviceCategories);
+        GetCategoryNodesList(tlDeviceMap, m_tlDeviceCategories);
+        GetCategoryNodesList(streamMap, m_streamCategories);
+    }
+    m_sameDevice = camera == m_camera;
+    showHierarchyOrder();
+    m_model->rebuild([&] {
+        const auto showMap = [this](INodeMap& map, const QString& title) {
+            QStandardItem* header = FeatureModel::makeHeaderItem(title);
+            m_model->appendRow(header);
+            displayNodeMapByXML(map, header);
+        };
+        showMap(deviceMap, tr(modelTitle));
+        showMap(tlDeviceMap, tr("Transport Layer"));
+        showMap(streamMap, tr("Stream Parameters"));
+    });
+    m_sameDevice = true;
+    m_camera = camera;
+    m_interface = nullptr;
+    OnUpdateFilteredModel();
+}
+
+void wFeatureTree::UpdateTreeViewCamera(Norvane::CameraPtr camera) {
+    const bool shown =
+        camera.IsValid() && guarded("feature tree of a camera", [&] { displayCamera(camera); });
+    if (!shown) {
+        setTitle(*this, "Device Features");
+        clearTreeView();
+        clearDescLabel();
+    }
+    finishView();
+}
+
+void wFeatureTree::UpdateTreeViewInterface(Norvane::InterfacePtr iface) {
+    clearTreeModel();
+    clearFilteredTreeModel();
+    clearDescLabel();
+    showHierarchyOrder();
+    m_camera = nullptr;
+    if (iface.IsValid()) {
+        guarded("feature tree of an interface", [&] {
+            INodeMap& map = iface->GetTLNodeMap();
+            m_sameDevice = iface == m_interface;
+            m_interface = iface;
+            {
+                const QMutexLocker lock(&m_categoryMutex);
+                GetCategoryNodesList(map, m_interfaceCategories);
+            }
+            m_model->rebuild([&] { displayNodeMapByXML(map, nullptr); });
+            m_sameDevice = true;
+        });
+    } else {
+        m_interface = nullptr;
+    }
+    OnUpdateFilteredModel();
+    finishView();
+}
+
+void wFeatureTree::OnCameraUpdated(Norvane::CameraPtr) {}
+
+void wFeatureTree::OnButtonGroupClicked(int id) {
+    switch (id) {
+    case ByXml:
+        OnSortTreeByXML();
+        break;
+    case ByCategory:
+        OnSortTreeByCategory();
+        break;
+    case ByAlpha:
+        OnSortTreeByAlpha();
+        break;
+    default:
+        break;
+    }
+}
+
+void wFeatureTree::OnSortTreeByXML() {
+    clearTreeModel();
+    clearDescLabel();
+    if (m_camera.IsValid()) {
+        UpdateTreeViewCamera(m_camera);
+    } else if (m_interface.IsValid()) {
+        UpdateTreeViewInterface(m_interface);
+    }
+    finishView();
+}
+
+void wFeatureTree::OnSortTreeByCategory() {
+    OnSortTreeByXML();
+}
+
+void wFeatureTree::OnSortTreeByAlpha() {
+    clearTreeModel();
+    clearDescLabel();
+    guarded("sorted features", [&] {
+        m_model->rebuild([&] {
+            if (m_camera.IsValid()) {
+                displayNodeMapByAlpha(m_camera->GetNodeMap());
+                displayNodeMapByAlpha(m_camera->GetTLStreamNodeMap());
+                displayNodeMapByAlpha(m_camera->GetTLDeviceNodeMap());
+            } else if (m_interface.IsValid()) {
+                displayNodeMapByAlpha(m_interface->GetTLNodeMap());
+            }
+            m_model->sort(0, Qt::AscendingOrder);
+        });
+    });
+    // Enabling sorting sorts by the header's indicator, which would turn the order round.
+    m_treeView->header()->setSortIndicator(0, Qt::AscendingOrder);
+    m_treeView->setSortingEnabled(true);
+    m_treeView->setUpdatesEnabled(true);
+    setColumnWidths();
+    m_treeView->update();
+    OnUpdateFilteredModel();
+}
+
+void wFeatureTree::OnActionExpandTree() {
+    if (m_expanded) {
+        m_treeView->collapseAll();
+    } else {
+        m_treeView->expandAll();
+    }
+    m_expanded = !m_expanded;
+}
+
+// --- clicks
+
+CNodePtr wFeatureTree::findNode(const QString& name) const {
+    const gcstring key(name.toUtf8().constData());
+    if (m_camera.IsValid()) {
+        for (INodeMap* map :
+             {&m_camera->GetNodeMap(), &m_camera->GetTLStreamNodeMap(), &m_camera->GetTLDeviceNodeMap()}) {
+            if (INode* node = map->GetNode(key)) {
+                return node;
+            }
+        }
+        return nullptr;
+    }
+    return m_interface.IsValid() ? m_interface->GetTLNodeMap().GetNode(key) : nullptr;
+}
+
+void wFeatureTree::OnSingleClickParam(const QModelIndex& index) {
+    singleClickUpdateLabels(index);
+}
+
+void wFeatureTree::singleClickUpdateLabels(const QModelIndex& index) {
+    const QString name = FeatureModel::nodeName(index);
+    if (name.isEmpty()) {
+        return;
+    }
+    guarded("description", [&] {
+        const CNodePtr node = findNode(name);
+        m_descTitle = text(node->GetDisplayName());
+        m_description = text(node->GetDescription());
+        updateDescLabel();
+    });
+}
+
+void wFeatureTree::OnDoubleClickParam(const QModelIndex& index) {
+    const QString name = FeatureModel::nodeName(index);
+    if (name.isEmpty()) {
+        return;
+    }
+    delete m_nodeDialog;
+    m_nodeDialog = new wPrmDialog(this);
+    m_nodeDialog->setAttribute(Qt::WA_DeleteOnClose);
+    if (guarded("node information", [&] { m_nodeDialog->fillParamData(findNode(name)); })) {
+        m_nodeDialog->show();
+    } else {
+        delete m_nodeDialog;
+    }
+}
+
+// --- changes of nodes
+
+void wFeatureTree::Callback(INode* node) {
+    QMutexLocker lock(&instanceMutex);
+    wFeatureTree* tree = m_pInstance;
+    if (!tree) {
+        return;
+    }
+    if (QThread::currentThread() == tree->thread()) {
+        // The slot runs at once and may make other nodes call back.
+        lock.unlock();
+        emit tree->NodeUpdated(node);
+        return;
+    }
+    // A node that changes faster than the tree can show it fills no queue.
+    {
+        const QMutexLocker pendingLock(&tree->m_pendingMutex);
+        if (!tree->m_pending.insert(node).second) {
+            return;
+        }
+    }
+    emit tree->NodeUpdated(node);
+}
+
+void wFeatureTree::takePending(INode* node) {
+    const QMutexLocker lock(&m_pendingMutex);
+    m_pending.erase(node);
+}
+
+void wFeatureTree::OnNodeChanged(INode* node) {
+    takePending(node);
+    guarded("changed feature", [&] {
+        CNodePtr changed(node);
+        auto* model = static_cast<FeatureModel*>(GetCurrentModel());
+        if (model->refresh(*changed) && changed->GetName() == "AcquisitionMode") {
+            emit AcquisitionModeUpdated(m_camera);
+        }
+    });
+}
+
+// --- search
+
+void wFeatureTree::GetCategoryNodesList(INodeMap& map, CategoryList& list) {
+    list.clear();
+    guarded("categories", [&] {
+        CCategoryPtr root(map.GetNode("Root"));
+        if (!root.IsValid() || !IsReadable(root->GetAccessMode())) {
+            return;
+        }
+        value_vector features;
+        root->GetFeatures(features);
+        for (IValue* feature : features) {
+            if (CCategoryPtr(feature).IsValid()) {
+                list.emplace_back(feature);
+            }
+        }
+    });
+}
+
+bool wFeatureTree::IsInCategoryList(const CategoryList& list, const CNodePtr& node) {
+    const QMutexLocker lock(&m_categoryMutex);
+    const gcstring displayName = node->GetDisplayName();
+    return std::any_of(list.begin(), list.end(),
+                       [&](const CNodePtr& category) { return category->GetDisplayName() == displayName; });
+}
+
+void wFeatureTree::OnRefreshTree() {
+    if (!m_searchBox->text().isEmpty()) {
+        OnCreateFilteredTreeModel();
+        finishView();
+        return;
+    }
+    clearFilteredTreeModel();
+    m_treeView->showModel(m_model);
+    m_treeView->setEnabled(true);
+    OnSortTreeByCategory();
+}
+
+void wFeatureTree::OnUpdateFilteredModel() {
+    if (!m_searchBox->text().isEmpty()) {
+        OnCreateFilteredTreeModel();
+        finishView();
+    }
+}
+
+void wFeatureTree::OnCreateFilteredTreeModel() {
+    clearFilteredTreeModel();
+    QRegularExpression pattern(m_searchBox->text(), QRegularExpression::CaseInsensitiveOption |
+                                                        QRegularExpression::ExtendedPatternSyntaxOption);
+    m_treeView->setEnabled(pattern.isValid());
+    QSet<QString> names;
+    if (pattern.isValid()) {
+        pattern.optimize();
+        for (int row = 0; row < m_model->rowCount(); ++row) {
+            FindMatchingItems(m_model->item(row), pattern, names);
+        }
+    }
+    // A set has another order in every run of the program.
+    QStringList sorted = names.values();
+    sorted.sort();
+    guarded("filtered features", [&] {
+        m_filteredModel->rebuild([&] {
+            for (const QString& name : sorted) {
+                if (m_camera.IsValid()) {
+                    AppendMatchedChildNode(m_camera->GetNodeMap(), name, m_deviceCategories);
+                    AppendMatchedChildNode(m_camera->GetTLDeviceNodeMap(), name, m_tlDeviceCategories);
+                    AppendMatchedChildNode(m_camera->GetTLStreamNodeMap(), name, m_streamCategories);
+                } else if (m_interface.IsValid()) {
+                    AppendMatchedChildNode(m_interface->GetTLNodeMap(), name, m_interfaceCategories);
+                }
+            }
+        });
+    });
+    m_treeView->showModel(m_filteredModel);
+}
+
+void wFeatureTree::FindMatchingItems(QStandardItem* item, const QRegularExpression& pattern,
+                                     QSet<QString>& names) {
+    if (!item) {
+        return;
+    }
+    for (int row = 0; row < item->rowCount(); ++row) {
+        FindMatchingItems(item->child(row), pattern, names);
+    }
+    const QString name = item->data(Qt::WhatsThisRole).toString();
+    if (pattern.match(item->data(Qt::DisplayRole).toString()).hasMatch() || pattern.match(name).hasMatch()) {
+        names.insert(name);
+    }
+}
+
+void wFeatureTree::AppendMatchedChildNode(INodeMap& map, const QString& name, const CategoryList& list) {
+    guarded("filtered feature", [&] {
+        CNodePtr node(map.GetNode(name.toUtf8().constData()));
+        if (!node.IsValid() || IsInCategoryList(list, node)) {
+            return;
+        }
+        const EAccessMode access = node->GetAccessMode();
+        value_vector features;
+        // Nested categories stand in no list, but are no features either.
+        if (access != NI && !CheckIsCategoryNode(node, access, features)) {
+            m_filteredModel->appendRow(FeatureModel::makeFeatureRow(*node, access));
+        }
+    });
+}

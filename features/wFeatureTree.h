@@ -1,0 +1,136 @@
+#pragma once
+
+#include "CustomTabInterface.h"
+#include "Mapper.h"
+
+#include "norvane/Camera.h"
+#include "norvane/Interface.h"
+#include "norvane/genapi/GenApi.h"
+
+#include <QMutex>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QSet>
+#include <QString>
+
+#include <set>
+#include <vector>
+
+class FeatureModel;
+class FeatureTreeView;
+class QButtonGroup;
+class QLabel;
+class QLineEdit;
+class QModelIndex;
+class QStandardItem;
+class QStandardItemModel;
+class wPrmDialog;
+
+/// Every feature of the shown camera or interface as a tree of names and values, searchable, editable in
+/// place, and live: the library's node callbacks rewrite the rows of what changed. Owned by
+/// wFeaturesTabController; all on the user-interface thread but Callback(). There is one; its callbacks stay
+/// registered for the life of the node maps.
+class wFeatureTree : public CustomTabInterface {
+    Q_OBJECT
+
+public:
+    explicit wFeatureTree(QWidget* parent);
+    ~wFeatureTree() override;
+
+    void clearTreeModel();
+    void clearFilteredTreeModel();
+    void clearTreeView();
+    void clearDescLabel();
+    /// The filtered model while there is search text, else the main one.
+    QStandardItemModel* GetCurrentModel() const;
+    void setColumnWidths();
+
+    /// The node callback given to the library: any thread, inside the node map's lock. It only emits
+    /// NodeUpdated on the one tree, once while the tree has not yet taken the node's last change.
+    static void Callback(Norvane::GenApi::INode* node);
+
+public slots:
+    /// Nothing: the controller gives the tree its devices.
+    void OnCameraUpdated(Norvane::CameraPtr camPtr) override;
+    void UpdateTreeViewCamera(Norvane::CameraPtr camera);
+    void UpdateTreeViewInterface(Norvane::InterfacePtr iface);
+    void OnSortTreeByXML();
+    void OnSortTreeByCategory();
+    void OnSortTreeByAlpha();
+    void OnButtonGroupClicked(int id);
+    void OnActionExpandTree();
+    void OnRefreshTree();
+    void OnCreateFilteredTreeModel();
+    void OnUpdateFilteredModel();
+    void OnSingleClickParam(const QModelIndex& index);
+    void OnDoubleClickParam(const QModelIndex& index);
+    void OnNodeChanged(Norvane::GenApi::INode* node);
+    void OnTreeViewCleared();
+
+signals:
+    void NodeUpdated(Norvane::GenApi::INode* node);
+    void AcquisitionModeUpdated(Norvane::CameraPtr camera);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    enum SortOrder { ByXml = 0, ByCategory = 1, ByAlpha = 2 };
+    using CategoryList = std::vector<Norvane::GenApi::CNodePtr>;
+
+    void setupToolBar();
+    void setupCustomFeatureTree();
+    void setupDescLabel();
+    void updateDescLabel();
+    void singleClickUpdateLabels(const QModelIndex& index);
+    void finishView();
+    void showHierarchyOrder();
+
+    static bool CheckIsCategoryNode(const Norvane::GenApi::CNodePtr& node,
+                                    Norvane::GenApi::EAccessMode access,
+                                    Norvane::GenApi::value_vector& features);
+    void PopulateFeatureTree(Norvane::GenApi::CNodePtr node, QStandardItem* parent, bool insertUnderParent);
+    void displayNodeMapByXML(Norvane::GenApi::INodeMap& map, QStandardItem* parent);
+    void displayNodeMapByAlpha(Norvane::GenApi::INodeMap& map);
+    void displayCamera(const Norvane::CameraPtr& camera);
+
+    static void GetCategoryNodesList(Norvane::GenApi::INodeMap& map, CategoryList& list);
+    bool IsInCategoryList(const CategoryList& list, const Norvane::GenApi::CNodePtr& node);
+    static void FindMatchingItems(QStandardItem* item, const QRegularExpression& pattern,
+                                  QSet<QString>& names);
+    void AppendMatchedChildNode(Norvane::GenApi::INodeMap& map, const QString& name,
+                                const CategoryList& list);
+    Norvane::GenApi::CNodePtr findNode(const QString& name) const;
+
+    void takePending(Norvane::GenApi::INode* node);
+
+    Norvane::CameraPtr m_camera;
+    Norvane::InterfacePtr m_interface;
+    Mapper m_mapper;
+
+    QMutex m_categoryMutex; ///< guards the four lists
+    CategoryList m_deviceCategories;
+    CategoryList m_tlDeviceCategories;
+    CategoryList m_streamCategories;
+    CategoryList m_interfaceCategories;
+
+    bool m_expanded = false;
+    bool m_sameDevice = false;                         ///< the device being shown has its callbacks already
+    std::vector<const Norvane::GenApi::INode*> m_path; ///< categories from Root to the one being populated
+
+    QMutex m_pendingMutex;
+    std::set<Norvane::GenApi::INode*> m_pending; ///< on their way to OnNodeChanged
+
+    FeatureModel* m_model = nullptr;
+    FeatureModel* m_filteredModel = nullptr;
+    FeatureTreeView* m_treeView = nullptr;
+    QButtonGroup* m_sortButtons = nullptr;
+    QLineEdit* m_searchBox = nullptr;
+    QLabel* m_descTitleLabel = nullptr;
+    QLabel* m_descLabel = nullptr;
+    QString m_descTitle;
+    QString m_description;
+    QPointer<wPrmDialog> m_nodeDialog;
+
+    static wFeatureTree* m_pInstance;
+};
