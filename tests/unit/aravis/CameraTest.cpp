@@ -29,13 +29,10 @@ bool ListsLoopback(const ScanResult& result) {
                        [](const InterfaceRecord& record) { return record.ipAddress == 0x7F000001; });
 }
 
-Error ErrorOf(const std::function<void()>& action, std::string* text = nullptr) {
+Error ErrorOf(const std::function<void()>& action) {
     try {
         action();
     } catch (const Exception& error) {
-        if (text) {
-            *text = error.what();
-        }
         return error.GetError();
     }
     return Error::Success;
@@ -96,10 +93,7 @@ TEST_F(CameraTest, OpensReadsAndWrites) {
     device->Write(inner, FakeCamera::kHeight + 1, 2);
     EXPECT_EQ(ReadRegister(*device, FakeCamera::kHeight), 0x11AABB44U) << "the bytes beside it stay";
 
-    std::string text;
-    char bytes[8];
-    EXPECT_NE(ErrorOf([&] { device->Read(bytes, 0x7FFFFFF0, 8); }, &text), Error::Success);
-    EXPECT_THAT(text, HasSubstr("0x7ffffff0"));
+    char bytes[4];
     EXPECT_EQ(ErrorOf([&] { device->Read(bytes, -4, 4); }), Error::InvalidAddress);
     EXPECT_EQ(ErrorOf([&] { device->Read(bytes, std::int64_t{1} << 33, 4); }), Error::InvalidAddress);
     EXPECT_TRUE(device->IsAlive()) << "a refused access is no loss";

@@ -122,27 +122,40 @@ TEST_F(StreamTest, HeldImagesCostUnderrunsAndComeBack) {
 
 TEST_F(StreamTest, LostPacketsAreAskedForAgain) {
     Open({"-r", "5"});
-    Start();
-    std::uint64_t images = 0;
-    EXPECT_TRUE(WaitFor(
-        [&] {
-            images += m_stream->Pop(100).has_value();
-            const StreamStatistics statistics = m_stream->Statistics();
-            return statistics.resendPackets > 5 && images > 50;
-        },
-        20s));
-    const StreamStatistics statistics = m_stream->Statistics();
-    EXPECT_GE(statistics.resendRequests, statistics.resendPackets > 0 ? 1U : 0U);
-    EXPECT_EQ(statistics.deliveredImages, images);
-    Stop();
+    // The simulated camera does not say that it can send packets again, and cannot; told that it can, it is
+    // asked.
+    constexpr std::int64_t kCapabilities = 0x0934;
+    constexpr std::uint32_t kPacketResend = 4;
+    WriteRegister(*m_device, kCapabilities, ReadRegister(*m_device, kCapabilities) | kPacketResend);
+    m_device.reset();
+    m_device = m_transport->Open(WaitForCamera(*m_transport).id);
+    for (const bool resend : {true, false}) {
+        m_settings.packetResend = resend;
+        Start();
+        std::uint64_t images = 0;
+        EXPECT_TRUE(WaitFor(
+            [&] {
+                images += m_stream->Pop(100).has_value();
+                const StreamStatistics statistics = m_stream->Statistics();
+                return images > 50 && statistics.corruptImages > 5 &&
+                       (!resend || statistics.resendRequests > 5);
+            },
+            20s));
+        const StreamStatistics statistics = m_stream->Statistics();
+        EXPECT_EQ(statistics.deliveredImages, images);
+        EXPECT_EQ(statistics.resendRequests > 0, resend);
+        Stop();
+        m_stream.reset();
+    }
 }
 
 TEST_F(StreamTest, WhatWasNotReceivedIsZeroAndNeverAnOlderImage) {
-    Open({"-r", "20"});
+    Open({"-r", "5"});
     m_settings.packetResend = false;
     m_settings.bufferCount = 4; // so that every buffer holds an older image soon
     Start();
     int incomplete = 0;
+    int withContent = 0;
     for (int i = 0; i < 400 && incomplete < 25; ++i) {
         const auto frame = m_stream->Pop(3000);
         ASSERT_TRUE(frame);
@@ -156,9 +169,10 @@ TEST_F(StreamTest, WhatWasNotReceivedIsZeroAndNeverAnOlderImage) {
         ASSERT_EQ(frame->size, m_settings.payloadSize);
         ASSERT_EQ(frame->width, 512U);
         // The ramp itself is zero here and there, a missing packet is zero throughout.
-        ASSERT_TRUE(count.zero > 1000 || frame->status == Norvane::IMAGE_MISSING_LEADER ||
-                    count.drawn == 512U * 512U);
+        ASSERT_GE(count.zero, 100U);
+        withContent += count.drawn > 100000;
     }
+    EXPECT_GE(withContent, 5) << "what did arrive is there";
     EXPECT_GE(incomplete, 25);
     EXPECT_EQ(m_stream->Statistics().corruptImages, static_cast<std::uint64_t>(incomplete));
     EXPECT_GT(m_stream->Statistics().missedPackets, 0U);

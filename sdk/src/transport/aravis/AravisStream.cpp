@@ -47,7 +47,7 @@ std::size_t ImageBytes(const Frame& frame) {
 AravisStream::AravisStream(std::shared_ptr<StreamCore> core, std::shared_ptr<DeviceWorker> worker,
                            std::shared_ptr<DeviceLife> life)
     : m_core(std::move(core)), m_worker(std::move(worker)), m_life(std::move(life)),
-      m_wakerKey(m_life->AddWaker([weak = std::weak_ptr(m_core)] {
+      m_latest(m_core->ExpectedGeometry()), m_wakerKey(m_life->AddWaker([weak = std::weak_ptr(m_core)] {
           if (const auto alive = weak.lock()) {
               alive->Wake();
           }
@@ -117,49 +117,37 @@ std::optional<Frame> AravisStream::MakeFrame(GObjectPtr<ArvBuffer> buffer) {
         m_core->GiveBack(buffer.release()); // nothing was received into it
         return std::nullopt;
     }
-    Frame frame;
-    frame.status = MapStatus(status);
     std::size_t received = 0;
     auto* memory =
         static_cast<std::uint8_t*>(const_cast<void*>(arv_buffer_get_data(buffer.get(), &received)));
     received = std::min(received, m_core->BufferSize());
-    const ArvBufferPayloadType payload = arv_buffer_get_payload_type(buffer.get());
-    const bool hasLeader = payload != ARV_BUFFER_PAYLOAD_TYPE_UNKNOWN;
 
-    if (frame.status != IMAGE_NO_ERROR) {
-        m_core->ClearUnreceived(memory, m_core->BufferSize());
-        if (!hasLeader) {
-            frame.status = IMAGE_MISSING_LEADER;
-        }
-    }
-    if (hasLeader && ReadGeometry(buffer.get(), frame)) {
-        m_lastGeometry = frame;
-        m_lastGeometry.data = nullptr;
+    Frame frame;
+    if (status == ARV_BUFFER_STATUS_SUCCESS && ReadGeometry(buffer.get(), frame)) {
+        frame.size = std::min(frame.size, m_core->BufferSize() - (frame.data - memory));
+        m_latest = frame;
     } else {
-        // Without its leader an image does not say what it is: most likely the same as the one before.
-        const ImageStatus kept = frame.status;
-        frame = m_lastGeometry;
-        frame.status = kept;
+        // Aravis tells the geometry of complete images only, and a stream's images are alike.
+        frame = m_latest;
         frame.data = memory;
-        frame.size = received;
+        frame.size = status == ARV_BUFFER_STATUS_SUCCESS ? received : m_core->BufferSize();
     }
-    if (!frame.data) {
-        frame.data = memory;
+    frame.status = MapStatus(status);
+    if (frame.status == IMAGE_NO_ERROR) {
+        ReadChunks(buffer.get(), memory, received, frame);
+    } else {
+        m_core->ClearUnreceived(memory, m_core->BufferSize());
     }
-    const auto room = m_core->BufferSize() - static_cast<std::size_t>(frame.data - memory);
-    frame.size = frame.status == IMAGE_NO_ERROR ? std::min(frame.size, room) : room;
-    frame.frameId = m_frameIds.Continue(arv_buffer_get_frame_id(buffer.get()));
-    frame.timestampNs = arv_buffer_get_timestamp(buffer.get());
-    if (frame.status == IMAGE_NO_ERROR && arv_buffer_has_chunks(buffer.get())) {
-        const auto order = m_core->Target().technology == Technology::GigEVision
-                               ? ChunkByteOrder::BigEndian
-                               : ChunkByteOrder::LittleEndian;
-        frame.size = std::min<std::size_t>(frame.size, ImageBytes(frame));
-        ChunkLayout layout = ParseChunks(memory, received, std::min(frame.size, received), order);
-        frame.chunks = std::move(layout.chunks);
-        if (!layout.valid) {
-            frame.status = IMAGE_CHUNK_DATA_INVALID;
-        }
+    if (frame.status != IMAGE_NO_ERROR && received == 0) {
+        // Without its leader nothing of an image is kept, and the buffer still has the number and the time of
+        // an older one.
+        frame.status = IMAGE_MISSING_LEADER;
+        frame.frameId = m_frameIds.Continue();
+        frame.timestampNs = m_latestTimestampNs;
+    } else {
+        frame.frameId = m_frameIds.Continue(arv_buffer_get_frame_id(buffer.get()));
+        frame.timestampNs = arv_buffer_get_timestamp(buffer.get());
+        m_latestTimestampNs = frame.timestampNs;
     }
     ++m_delivered;
     if (frame.status != IMAGE_NO_ERROR) {
@@ -168,6 +156,21 @@ std::optional<Frame> AravisStream::MakeFrame(GObjectPtr<ArvBuffer> buffer) {
     frame.owner = std::shared_ptr<void>(
         buffer.release(), [core = m_core](void* owned) { core->GiveBack(static_cast<ArvBuffer*>(owned)); });
     return frame;
+}
+
+void AravisStream::ReadChunks(ArvBuffer* buffer, const std::uint8_t* memory, std::size_t received,
+                              Frame& frame) {
+    if (!arv_buffer_has_chunks(buffer)) {
+        return;
+    }
+    const auto order = m_core->Target().technology == Technology::GigEVision ? ChunkByteOrder::BigEndian
+                                                                             : ChunkByteOrder::LittleEndian;
+    frame.size = std::min(frame.size, ImageBytes(frame));
+    ChunkLayout layout = ParseChunks(memory, received, std::min(frame.size, received), order);
+    frame.chunks = std::move(layout.chunks);
+    if (!layout.valid) {
+        frame.status = IMAGE_CHUNK_DATA_INVALID;
+    }
 }
 
 } // namespace Norvane::Transport

@@ -25,14 +25,16 @@ public:
 
 private:
     std::optional<Frame> MakeFrame(GObjectPtr<ArvBuffer> buffer);
-    bool ReadGeometry(ArvBuffer* buffer, Frame& frame);
+    static bool ReadGeometry(ArvBuffer* buffer, Frame& frame);
+    void ReadChunks(ArvBuffer* buffer, const std::uint8_t* memory, std::size_t received, Frame& frame);
 
     const std::shared_ptr<StreamCore> m_core;
     const std::shared_ptr<DeviceWorker> m_worker;
     const std::shared_ptr<DeviceLife> m_life;
+    Frame m_latest; ///< geometry of the latest complete image
+    std::uint64_t m_latestTimestampNs = 0;
     std::uint64_t m_wakerKey;
     FrameIds m_frameIds;
-    Frame m_lastGeometry; ///< of the latest image whose leader came
     std::atomic<std::uint64_t> m_delivered{0};
     std::atomic<std::uint64_t> m_corrupt{0};
 };

@@ -13,6 +13,7 @@ public:
         constexpr std::uint64_t kPeriod = 0xFFFF;
         if (m_wide || raw > kPeriod || raw == 0) {
             m_wide = true; // a 16-bit counter skips zero
+            m_last = raw;
             return raw;
         }
         if (m_last == 0) {
@@ -28,6 +29,8 @@ public:
         const std::uint64_t back = kPeriod - forward;
         return m_last > back ? m_last - back : raw;
     }
+    /// The number of an image that has lost its own: most likely it follows the one before.
+    std::uint64_t Continue() { return ++m_last; }
 
 private:
     std::uint64_t m_last = 0;

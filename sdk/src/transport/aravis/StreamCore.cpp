@@ -53,6 +53,22 @@ bool UsesExtendedIds(ArvDevice* device) {
     return !error && mode && std::strcmp(mode, "On") == 0;
 }
 
+std::uint32_t ReadFeature(ArvDevice* device, const char* name) {
+    GErrorHolder error;
+    const gint64 value = arv_device_get_integer_feature_value(device, name, error.Out());
+    return error || value < 0 ? 0 : static_cast<std::uint32_t>(value);
+}
+
+Frame ReadGeometry(ArvDevice* device) {
+    Frame frame;
+    frame.width = ReadFeature(device, "Width");
+    frame.height = ReadFeature(device, "Height");
+    frame.offsetX = ReadFeature(device, "OffsetX");
+    frame.offsetY = ReadFeature(device, "OffsetY");
+    frame.pfncFormat = ReadFeature(device, "PixelFormat");
+    return frame;
+}
+
 void DeleteSelf(void* self) {
     delete static_cast<std::shared_ptr<StreamCore>*>(self);
 }
@@ -107,6 +123,7 @@ void StreamCore::Start(ArvDevice* device, const std::shared_ptr<StreamCore>& sel
         block = packet > overhead ? packet - overhead : kUsbBlock;
     }
     m_marks.emplace(block);
+    m_expected = ReadGeometry(device);
     try {
         AddBuffers();
     } catch (...) {

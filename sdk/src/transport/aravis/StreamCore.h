@@ -43,6 +43,8 @@ public:
     StreamStatistics ReceiveStatistics() const;
 
     const DeviceTarget& Target() const { return m_target; }
+    /// What the device is set to send, for images that arrive without saying what they are.
+    const Frame& ExpectedGeometry() const { return m_expected; }
     std::size_t BufferSize() const { return m_settings.payloadSize; }
 
 private:
@@ -52,6 +54,7 @@ private:
 
     const DeviceTarget m_target;
     const StreamSettings m_settings;
+    Frame m_expected;                  ///< geometry only; set by Start
     std::optional<BlockMarks> m_marks; ///< set before the first buffer is given out
     GObjectPtr<ArvStream> m_stream;    ///< touched by Start and Stop only
 

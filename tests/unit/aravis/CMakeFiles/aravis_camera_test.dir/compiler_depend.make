@@ -1,0 +1,2 @@
+# Empty compiler generated dependencies file for aravis_camera_test.
+# This may be replaced when dependencies are built.
