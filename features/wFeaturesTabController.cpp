@@ -138,7 +138,7 @@ bool wFeaturesTabController::openCamera(const Norvane::CameraPtr& camera) {
         model = readableText(map, "DeviceModelName");
     });
     setWindowTitle(model.isNull() || serial.isNull() ? translated("Couldn't get device information")
-                                                       : translated((model + " - " + serial).toUtf8()));
+                                                     : translated((model + " - " + serial).toUtf8()));
     guarded("access mode of a camera", [&] { controlled = opened && camera->GetAccessMode() != RO; });
     return controlled;
 }

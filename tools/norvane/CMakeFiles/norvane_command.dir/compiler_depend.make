@@ -1,0 +1,2 @@
+# Empty compiler generated dependencies file for norvane_command.
+# This may be replaced when dependencies are built.

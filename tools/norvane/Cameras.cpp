@@ -1,0 +1,105 @@
+#include "Cameras.h"
+
+#include "Failure.h"
+
+#include "norvane/genapi/GenApi.h"
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+using namespace Norvane::GenApi;
+
+namespace {
+
+constexpr std::chrono::milliseconds kPatience(2000);
+constexpr std::chrono::milliseconds kPause(100);
+
+bool isTrue(INodeMap& map, const char* name) {
+    CBooleanPtr node(map.GetNode(name));
+    return node.IsValid() && IsReadable(node->GetAccessMode()) && node->GetValue();
+}
+
+/// Asks until there is an answer, for as long as a slow device takes to be found.
+template <class Handle>
+Handle waitFor(const std::function<Handle()>& look) {
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    for (;;) {
+        if (Handle found = look()) {
+            return found;
+        }
+        if (std::chrono::steady_clock::now() >= end) {
+            return {};
+        }
+        std::this_thread::sleep_for(kPause);
+    }
+}
+
+} // namespace
+
+std::string textOf(INodeMap& map, const char* name) {
+    try {
+        CValuePtr node(map.GetNode(name));
+        return node.IsValid() && IsReadable(node->GetAccessMode()) ? node->ToString().str() : std::string();
+    } catch (const Norvane::Exception&) {
+        return {};
+    }
+}
+
+CameraSummary summarize(Norvane::ICameraBase& camera) {
+    INodeMap& map = camera.GetTLDeviceNodeMap();
+    CameraSummary summary;
+    summary.number = std::to_string(camera.GetDeviceNumber());
+    summary.serial = textOf(map, "DeviceID");
+    summary.model = textOf(map, "DeviceModelName");
+    summary.vendor = textOf(map, "DeviceVendorName");
+    summary.userName = textOf(map, "DeviceUserID");
+    summary.access = textOf(map, "DeviceAccessStatus");
+    summary.type = textOf(map, "DeviceType");
+    summary.address = textOf(map, "GevDeviceIPAddress");
+    summary.usable = !isTrue(map, "GevDeviceIsWrongSubnet") && !isTrue(map, "DeviceIsUnusable");
+    return summary;
+}
+
+Norvane::CameraPtr findCamera(Norvane::ISystem& system, const std::string& serial) {
+    const Norvane::CameraPtr found = waitFor<Norvane::CameraPtr>([&]() -> Norvane::CameraPtr {
+        const Norvane::CameraList cameras = system.GetCameras();
+        Norvane::CameraPtr byNumber;
+        for (unsigned int i = 0; i < cameras.GetSize(); ++i) {
+            const Norvane::CameraPtr camera = cameras.GetByIndex(i);
+            if (textOf(camera->GetTLDeviceNodeMap(), "DeviceID") == serial) {
+                return camera;
+            }
+            if (std::to_string(camera->GetDeviceNumber()) == serial) {
+                byNumber = camera;
+            }
+        }
+        return byNumber;
+    });
+    if (!found) {
+        throw Failure(kNoDevice,
+                      "there is no camera \"" + serial + "\"; \"norvane list\" shows those there are");
+    }
+    return found;
+}
+
+Norvane::InterfacePtr findInterface(Norvane::ISystem& system, const std::string& id) {
+    const Norvane::InterfaceList interfaces = system.GetInterfaces();
+    Norvane::InterfacePtr byName;
+    unsigned int named = 0;
+    for (unsigned int i = 0; i < interfaces.GetSize(); ++i) {
+        const Norvane::InterfacePtr interface = interfaces.GetByIndex(i);
+        if (interface->GetInterfaceID() == id) {
+            return interface;
+        }
+        if (textOf(interface->GetTLNodeMap(), "InterfaceDisplayName") == id) {
+            byName = interface;
+            ++named;
+        }
+    }
+    if (named != 1) {
+        throw Failure(kNoDevice,
+                      "there is no interface \"" + id + "\"; \"norvane list\" shows those there are");
+    }
+    return byName;
+}

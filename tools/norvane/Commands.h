@@ -1,0 +1,9 @@
+#pragma once
+
+#include "Arguments.h"
+
+#include <string>
+
+/// Carries out one command line and gives what belongs on standard output.
+/// @throws Failure, or Norvane::Exception for what the library refuses.
+std::string runCommand(const Arguments& arguments);
