@@ -3,6 +3,7 @@
 #include "CustomDelegate.h"
 #include "EditDisabledDelegate.h"
 #include "FeatureModel.h"
+#include "FeaturePopulator.h"
 #include "FeatureTreeView.h"
 #include "Guarded.h"
 #include "wPrmDialog.h"
@@ -15,6 +16,7 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMutexLocker>
+#include <QRegularExpression>
 #include <QTextDocument>
 #include <QThread>
 #include <QToolBar>
@@ -29,7 +31,6 @@ namespace {
 
 constexpr int kToolBarHeight = 36;
 constexpr int kDescriptionHeight = 50;
-constexpr std::size_t kDeepestCategory = 64; ///< far beyond any camera; a description may be broken
 constexpr char kTreeStyle[] =
     "QTreeView::item:!selected{ border: 1px solid gainsboro; border-left: none; border-top: none; }"
     "QTreeView::item:open {border: 1px solid gainsboro; background-color: rgb(230,240,250);}"
@@ -239,88 +240,10 @@ void wFeatureTree::showHierarchyOrder() {
     }
 }
 
-// --- populating
+// --- showing devices
 
-bool wFeatureTree::CheckIsCategoryNode(const CNodePtr& node, EAccessMode access, value_vector& features) {
-    CCategoryPtr category(node);
-    if (!category.IsValid() || !IsReadable(access)) {
-        return false;
-    }
-    category->GetFeatures(features);
-    return true;
-}
-
-void wFeatureTree::PopulateFeatureTree(CNodePtr node, QStandardItem* parent, bool insertUnderParent) {
-    const EAccessMode access = node->GetAccessMode();
-    QStandardItem* target = parent && insertUnderParent ? parent : m_model->invisibleRootItem();
-    value_vector features;
-    if (!CheckIsCategoryNode(node, access, features)) {
-        if (access == NI) {
-            return;
-        }
-        if (!m_sameDevice) {
-            Register(node, &wFeatureTree::Callback, cbPostInsideLock);
-        }
-        target->appendRow(FeatureModel::makeFeatureRow(*node, access));
-        return;
-    }
-    const bool known = std::find(m_path.begin(), m_path.end(), node.Get()) != m_path.end();
-    if (known || m_path.size() >= kDeepestCategory) {
-        qWarning("%s: the category lies %s and is left out", node->GetName().c_str(),
-                 known ? "inside itself" : "too deep");
-        return;
-    }
-    std::unique_ptr<QStandardItem> item(FeatureModel::makeCategoryItem(*node));
-    node_vector children;
-    node->GetChildren(children, ctReadingChildren);
-    m_path.push_back(node);
-    for (INode* child : children) {
-        try {
-            PopulateFeatureTree(child, item.get(), insertUnderParent);
-        } catch (...) {
-            m_path.pop_back();
-            throw;
-        }
-    }
-    m_path.pop_back();
-    if (insertUnderParent) {
-        if (!parent) {
-            FeatureModel::setTopLevelLook(item.get());
-        }
-        target->appendRow(item.release());
-    }
-}
-
-void wFeatureTree::displayNodeMapByXML(INodeMap& map, QStandardItem* parent) {
-    m_treeView->setUpdatesEnabled(false);
-    QStandardItem scratch(tr("extraLevel"));
-    guarded("feature tree", [&] {
-        CNodePtr root(map.GetNode("Root"));
-        if (root.IsValid() && CCategoryPtr(root).IsValid() && IsReadable(root->GetAccessMode())) {
-            PopulateFeatureTree(root, &scratch, true);
-        }
-    });
-    if (scratch.rowCount() == 1) {
-        QStandardItem* root = scratch.child(0);
-        QStandardItem* target = parent ? parent : m_model->invisibleRootItem();
-        while (root->rowCount() > 0) {
-            const QList<QStandardItem*> row = root->takeRow(0);
-            if (!parent) {
-                FeatureModel::setTopLevelLook(row.front());
-            }
-            target->appendRow(row);
-        }
-    }
-    m_treeView->setUpdatesEnabled(true);
-}
-
-void wFeatureTree::displayNodeMapByAlpha(INodeMap& map) {
-    guarded("feature list", [&] {
-        CNodePtr root(map.GetNode("Root"));
-        if (root.IsValid() && IsReadable(root->GetAccessMode())) {
-            PopulateFeatureTree(root, nullptr, false);
-        }
-    });
+FeaturePopulator wFeatureTree::populator() {
+    return {*m_model, m_sameDevice ? nullptr : &wFeatureTree::Callback};
 }
 
 void wFeatureTree::displayCamera(const Norvane::CameraPtr& camera) {
@@ -353,7 +276,7 @@ void wFeatureTree::displayCamera(const Norvane::CameraPtr& camera) {
         const auto showMap = [this](INodeMap& map, const QString& title) {
             QStandardItem* header = FeatureModel::makeHeaderItem(title);
             m_model->appendRow(header);
-            displayNodeMapByXML(map, header);
+            populator().addHierarchy(map, header);
         };
         showMap(deviceMap, tr(modelTitle));
         showMap(tlDeviceMap, tr("Transport Layer"));
@@ -391,7 +314,7 @@ void wFeatureTree::UpdateTreeViewInterface(Norvane::InterfacePtr iface) {
                 const QMutexLocker lock(&m_categoryMutex);
                 GetCategoryNodesList(map, m_interfaceCategories);
             }
-            m_model->rebuild([&] { displayNodeMapByXML(map, nullptr); });
+            m_model->rebuild([&] { populator().addHierarchy(map, nullptr); });
             m_sameDevice = true;
         });
     } else {
@@ -440,11 +363,11 @@ void wFeatureTree::OnSortTreeByAlpha() {
     guarded("sorted features", [&] {
         m_model->rebuild([&] {
             if (m_camera.IsValid()) {
-                displayNodeMapByAlpha(m_camera->GetNodeMap());
-                displayNodeMapByAlpha(m_camera->GetTLStreamNodeMap());
-                displayNodeMapByAlpha(m_camera->GetTLDeviceNodeMap());
+                populator().addFlat(m_camera->GetNodeMap());
+                populator().addFlat(m_camera->GetTLStreamNodeMap());
+                populator().addFlat(m_camera->GetTLDeviceNodeMap());
             } else if (m_interface.IsValid()) {
-                displayNodeMapByAlpha(m_interface->GetTLNodeMap());
+                populator().addFlat(m_interface->GetTLNodeMap());
             }
             m_model->sort(0, Qt::AscendingOrder);
         });
@@ -605,25 +528,20 @@ void wFeatureTree::OnCreateFilteredTreeModel() {
     QRegularExpression pattern(m_searchBox->text(), QRegularExpression::CaseInsensitiveOption |
                                                         QRegularExpression::ExtendedPatternSyntaxOption);
     m_treeView->setEnabled(pattern.isValid());
-    QSet<QString> names;
+    QStringList names;
     if (pattern.isValid()) {
         pattern.optimize();
-        for (int row = 0; row < m_model->rowCount(); ++row) {
-            FindMatchingItems(m_model->item(row), pattern, names);
-        }
+        names = FeaturePopulator::matchingNames(*m_model, pattern);
     }
-    // A set has another order in every run of the program.
-    QStringList sorted = names.values();
-    sorted.sort();
     guarded("filtered features", [&] {
         m_filteredModel->rebuild([&] {
-            for (const QString& name : sorted) {
+            for (const QString& name : names) {
                 if (m_camera.IsValid()) {
-                    AppendMatchedChildNode(m_camera->GetNodeMap(), name, m_deviceCategories);
-                    AppendMatchedChildNode(m_camera->GetTLDeviceNodeMap(), name, m_tlDeviceCategories);
-                    AppendMatchedChildNode(m_camera->GetTLStreamNodeMap(), name, m_streamCategories);
+                    appendMatch(m_camera->GetNodeMap(), name, m_deviceCategories);
+                    appendMatch(m_camera->GetTLDeviceNodeMap(), name, m_tlDeviceCategories);
+                    appendMatch(m_camera->GetTLStreamNodeMap(), name, m_streamCategories);
                 } else if (m_interface.IsValid()) {
-                    AppendMatchedChildNode(m_interface->GetTLNodeMap(), name, m_interfaceCategories);
+                    appendMatch(m_interface->GetTLNodeMap(), name, m_interfaceCategories);
                 }
             }
         });
@@ -631,31 +549,9 @@ void wFeatureTree::OnCreateFilteredTreeModel() {
     m_treeView->showModel(m_filteredModel);
 }
 
-void wFeatureTree::FindMatchingItems(QStandardItem* item, const QRegularExpression& pattern,
-                                     QSet<QString>& names) {
-    if (!item) {
-        return;
+void wFeatureTree::appendMatch(INodeMap& map, const QString& name, const CategoryList& categories) {
+    CNodePtr node(map.GetNode(name.toUtf8().constData()));
+    if (node.IsValid() && !IsInCategoryList(categories, node)) {
+        FeaturePopulator(*m_filteredModel, nullptr).addFeature(map, name);
     }
-    for (int row = 0; row < item->rowCount(); ++row) {
-        FindMatchingItems(item->child(row), pattern, names);
-    }
-    const QString name = item->data(Qt::WhatsThisRole).toString();
-    if (pattern.match(item->data(Qt::DisplayRole).toString()).hasMatch() || pattern.match(name).hasMatch()) {
-        names.insert(name);
-    }
-}
-
-void wFeatureTree::AppendMatchedChildNode(INodeMap& map, const QString& name, const CategoryList& list) {
-    guarded("filtered feature", [&] {
-        CNodePtr node(map.GetNode(name.toUtf8().constData()));
-        if (!node.IsValid() || IsInCategoryList(list, node)) {
-            return;
-        }
-        const EAccessMode access = node->GetAccessMode();
-        value_vector features;
-        // Nested categories stand in no list, but are no features either.
-        if (access != NI && !CheckIsCategoryNode(node, access, features)) {
-            m_filteredModel->appendRow(FeatureModel::makeFeatureRow(*node, access));
-        }
-    });
 }

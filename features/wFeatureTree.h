@@ -1,7 +1,6 @@
 #pragma once
 
 #include "CustomTabInterface.h"
-#include "Mapper.h"
 
 #include "norvane/Camera.h"
 #include "norvane/Interface.h"
@@ -9,20 +8,18 @@
 
 #include <QMutex>
 #include <QPointer>
-#include <QRegularExpression>
-#include <QSet>
 #include <QString>
 
 #include <set>
 #include <vector>
 
 class FeatureModel;
+class FeaturePopulator;
 class FeatureTreeView;
 class QButtonGroup;
 class QLabel;
 class QLineEdit;
 class QModelIndex;
-class QStandardItem;
 class QStandardItemModel;
 class wPrmDialog;
 
@@ -86,27 +83,18 @@ private:
     void finishView();
     void showHierarchyOrder();
 
-    static bool CheckIsCategoryNode(const Norvane::GenApi::CNodePtr& node,
-                                    Norvane::GenApi::EAccessMode access,
-                                    Norvane::GenApi::value_vector& features);
-    void PopulateFeatureTree(Norvane::GenApi::CNodePtr node, QStandardItem* parent, bool insertUnderParent);
-    void displayNodeMapByXML(Norvane::GenApi::INodeMap& map, QStandardItem* parent);
-    void displayNodeMapByAlpha(Norvane::GenApi::INodeMap& map);
+    FeaturePopulator populator();
     void displayCamera(const Norvane::CameraPtr& camera);
 
     static void GetCategoryNodesList(Norvane::GenApi::INodeMap& map, CategoryList& list);
     bool IsInCategoryList(const CategoryList& list, const Norvane::GenApi::CNodePtr& node);
-    static void FindMatchingItems(QStandardItem* item, const QRegularExpression& pattern,
-                                  QSet<QString>& names);
-    void AppendMatchedChildNode(Norvane::GenApi::INodeMap& map, const QString& name,
-                                const CategoryList& list);
+    void appendMatch(Norvane::GenApi::INodeMap& map, const QString& name, const CategoryList& categories);
     Norvane::GenApi::CNodePtr findNode(const QString& name) const;
 
     void takePending(Norvane::GenApi::INode* node);
 
     Norvane::CameraPtr m_camera;
     Norvane::InterfacePtr m_interface;
-    Mapper m_mapper;
 
     QMutex m_categoryMutex; ///< guards the four lists
     CategoryList m_deviceCategories;
@@ -115,8 +103,7 @@ private:
     CategoryList m_interfaceCategories;
 
     bool m_expanded = false;
-    bool m_sameDevice = false;                         ///< the device being shown has its callbacks already
-    std::vector<const Norvane::GenApi::INode*> m_path; ///< categories from Root to the one being populated
+    bool m_sameDevice = false; ///< the device being shown has its callbacks already
 
     QMutex m_pendingMutex;
     std::set<Norvane::GenApi::INode*> m_pending; ///< on their way to OnNodeChanged
