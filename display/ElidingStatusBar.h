@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QStatusBar>
+
+/// A status bar whose message may be longer than the bar is wide: it breaks into as many lines as the bar was
+/// made for, and the last one ends in an ellipsis; the tool tip shows all of it. User-interface thread.
+class ElidingStatusBar : public QStatusBar {
+    Q_OBJECT
+
+public:
+    explicit ElidingStatusBar(QWidget* parent = nullptr);
+
+    /// How many lines the bar is tall.
+    void setLineCount(int lines);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    QRect textRect() const;
+    void updateToolTip();
+
+    int m_lines = 1;
+};

@@ -1,0 +1,175 @@
+#include "QuadRenderer.h"
+
+#include <QOpenGLContext>
+#include <QtDebug>
+
+#include <array>
+
+// OpenGL ES has no such format; drivers that offer it take this value.
+#ifndef GL_BGR
+#define GL_BGR 0x80E0
+#endif
+
+namespace {
+
+constexpr int kPosition = 0;
+constexpr int kCoordinate = 1;
+constexpr int kLogoQuad = 0; // first vertices
+constexpr int kImageQuad = 4;
+
+// x, y, depth, texture s, texture t. The logo's rows come bottom up, the image's top down.
+constexpr std::array<float, 40> kQuads = {
+    -1, -1, -1,   0, 0, //
+    1,  -1, -1,   1, 0, //
+    1,  1,  -1,   1, 1, //
+    -1, 1,  -1,   0, 1, //
+    -1, 1,  0.5F, 0, 0, //
+    1,  1,  0.5F, 1, 0, //
+    1,  -1, 0.5F, 1, 1, //
+    -1, -1, 0.5F, 0, 1,
+};
+
+constexpr char kVertexShader[] = R"(
+IN vec3 position;
+IN vec2 coordinate;
+VERTEX_OUT vec2 texel;
+void main() {
+    texel = coordinate;
+    gl_Position = vec4(position, 1.0);
+}
+)";
+
+// A picture with transparency lies over white.
+constexpr char kFragmentShader[] = R"(
+FRAGMENT_IN vec2 texel;
+uniform sampler2D picture;
+DECLARE_RESULT
+void main() {
+    vec4 color = SAMPLE(picture, texel);
+    RESULT = vec4(mix(vec3(1.0), color.rgb, color.a), 1.0);
+}
+)";
+
+/// What stands before both shaders, so that one source serves every dialect of the shading language.
+QByteArray shaderHead(const QOpenGLContext* context) {
+    if (context->isOpenGLES()) {
+        return "#version 100\nprecision mediump float;\n#define IN attribute\n#define VERTEX_OUT varying\n"
+               "#define FRAGMENT_IN varying\n#define SAMPLE texture2D\n#define DECLARE_RESULT\n"
+               "#define RESULT gl_FragColor\n";
+    }
+    if (context->format().version() >= qMakePair(3, 2)) {
+        return "#version 150\n#define IN in\n#define VERTEX_OUT out\n#define FRAGMENT_IN in\n"
+               "#define SAMPLE texture\n#define DECLARE_RESULT out vec4 result;\n#define RESULT result\n";
+    }
+    return "#version 110\n#define IN attribute\n#define VERTEX_OUT varying\n#define FRAGMENT_IN varying\n"
+           "#define SAMPLE texture2D\n#define DECLARE_RESULT\n#define RESULT gl_FragColor\n";
+}
+
+} // namespace
+
+void QuadRenderer::Create(QOpenGLFunctions& gl, const QImage& logo) {
+    CompileShaders();
+    FillQuads();
+    if (!logo.isNull()) {
+        gl.glGenTextures(1, &m_logoTexture);
+        gl.glBindTexture(GL_TEXTURE_2D, m_logoTexture);
+        gl.glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+        gl.glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, logo.width(), logo.height(), 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                        logo.constBits());
+        gl.glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+        gl.glBindTexture(GL_TEXTURE_2D, 0);
+    }
+}
+
+void QuadRenderer::CompileShaders() {
+    const QByteArray head = shaderHead(QOpenGLContext::currentContext());
+    m_program.removeAllShaders();
+    m_program.addShaderFromSourceCode(QOpenGLShader::Vertex, head + kVertexShader);
+    m_program.addShaderFromSourceCode(QOpenGLShader::Fragment, head + kFragmentShader);
+    m_program.bindAttributeLocation("position", kPosition);
+    m_program.bindAttributeLocation("coordinate", kCoordinate);
+    if (!m_program.link()) {
+        qWarning("The image display's shaders do not compile here: %s", qPrintable(m_program.log()));
+    }
+}
+
+void QuadRenderer::FillQuads() {
+    m_layout.create(); // not there before OpenGL 3; binding it then does nothing
+    const QOpenGLVertexArrayObject::Binder layout(&m_layout);
+    m_quads.create();
+    m_quads.bind();
+    m_quads.allocate(kQuads.data(), sizeof kQuads);
+    m_quads.release();
+}
+
+void QuadRenderer::Destroy(QOpenGLFunctions& gl) {
+    gl.glDeleteTextures(1, &m_logoTexture);
+    gl.glDeleteTextures(1, &m_imageTexture);
+    m_logoTexture = 0;
+    m_imageTexture = 0;
+    m_imageWidth = 0;
+    m_imageHeight = 0;
+    m_quads.destroy();
+    m_layout.destroy();
+    m_program.removeAllShaders();
+}
+
+void QuadRenderer::Upload(QOpenGLFunctions& gl, QOpenGLBuffer& pixels, int width, int height) {
+    gl.glActiveTexture(GL_TEXTURE0);
+    if (width != m_imageWidth || height != m_imageHeight || m_imageTexture == 0) {
+        gl.glDeleteTextures(1, &m_imageTexture);
+        gl.glGenTextures(1, &m_imageTexture);
+        gl.glBindTexture(GL_TEXTURE_2D, m_imageTexture);
+        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+        gl.glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, width, height, 0, GL_BGR, GL_UNSIGNED_BYTE, nullptr);
+        m_imageWidth = width;
+        m_imageHeight = height;
+    }
+    pixels.bind();
+    gl.glBindTexture(GL_TEXTURE_2D, m_imageTexture);
+    gl.glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    gl.glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, width, height, GL_BGR, GL_UNSIGNED_BYTE, nullptr);
+    gl.glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+    gl.glBindTexture(GL_TEXTURE_2D, 0);
+    pixels.release();
+}
+
+void QuadRenderer::DrawLogo(QOpenGLFunctions& gl) {
+    Draw(gl, m_logoTexture, kLogoQuad);
+}
+
+void QuadRenderer::DrawImage(QOpenGLFunctions& gl) {
+    Draw(gl, m_imageTexture, kImageQuad);
+}
+
+void QuadRenderer::Draw(QOpenGLFunctions& gl, GLuint texture, int firstVertex) {
+    if (texture == 0 || !m_program.isLinked()) {
+        return;
+    }
+    gl.glDisable(GL_DEPTH_TEST);
+    gl.glDisable(GL_BLEND);
+    gl.glActiveTexture(GL_TEXTURE0);
+    gl.glBindTexture(GL_TEXTURE_2D, texture);
+
+    m_program.bind();
+    m_program.setUniformValue("picture", 0);
+    const QOpenGLVertexArrayObject::Binder layout(&m_layout);
+    m_quads.bind();
+    m_program.enableAttributeArray(kPosition);
+    m_program.enableAttributeArray(kCoordinate);
+    m_program.setAttributeBuffer(kPosition, GL_FLOAT, 0, 3, 5 * sizeof(float));
+    m_program.setAttributeBuffer(kCoordinate, GL_FLOAT, 3 * sizeof(float), 2, 5 * sizeof(float));
+    gl.glDrawArrays(GL_TRIANGLE_FAN, firstVertex, 4);
+    m_program.disableAttributeArray(kCoordinate);
+    m_program.disableAttributeArray(kPosition);
+    m_quads.release();
+    m_program.release();
+    gl.glBindTexture(GL_TEXTURE_2D, 0);
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QImage>
+#include <QOpenGLBuffer>
+#include <QOpenGLFunctions>
+#include <QOpenGLShaderProgram>
+#include <QOpenGLVertexArrayObject>
+
+/// Draws the two pictures of an image display, each as one textured quad that fills the viewport: the logo
+/// before the first image, and the image. Works on core profiles, on compatibility contexts and on OpenGL ES.
+/// Owned by the GL widget; every call needs its context to be current.
+class QuadRenderer {
+public:
+    /// @param logo  rows from the bottom up, Format_RGBA8888; null draws nothing.
+    void Create(QOpenGLFunctions& gl, const QImage& logo);
+    void Destroy(QOpenGLFunctions& gl);
+
+    void DrawLogo(QOpenGLFunctions& gl);
+    /// Takes width x height BGR pixels, rows without padding, from the start of a pixel-unpack buffer. The
+    /// texture is made anew only when the size changes.
+    void Upload(QOpenGLFunctions& gl, QOpenGLBuffer& pixels, int width, int height);
+    /// Draws what was uploaded last, first row at the top, pixels as blocks.
+    void DrawImage(QOpenGLFunctions& gl);
+
+private:
+    void CompileShaders();
+    void FillQuads();
+    void Draw(QOpenGLFunctions& gl, GLuint texture, int firstVertex);
+
+    QOpenGLShaderProgram m_program;
+    QOpenGLVertexArrayObject m_layout;
+    QOpenGLBuffer m_quads{QOpenGLBuffer::VertexBuffer};
+    GLuint m_logoTexture = 0;
+    GLuint m_imageTexture = 0;
+    int m_imageWidth = 0;
+    int m_imageHeight = 0;
+};

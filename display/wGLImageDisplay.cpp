@@ -1,0 +1,387 @@
+#include "wGLImageDisplay.h"
+
+#include "Attempt.h"
+#include "ImageCapture.h"
+#include "wInferenceDialog.h"
+
+#include <QFile>
+#include <QOpenGLContext>
+#include <QPainter>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTimerEvent>
+
+#include <algorithm>
+#include <cmath>
+
+using Norvane::ImagePtr;
+
+namespace {
+
+constexpr float kZoomStep = 1.15F;
+constexpr float kMaxZoomLevel = 10.0F;
+constexpr int kBytesPerPixel = 3;
+
+float factorOf(float zoomLevel) {
+    return std::pow(kZoomStep, zoomLevel);
+}
+
+QSize sizeOf(const ImagePtr& image) {
+    return {static_cast<int>(image->GetWidth()), static_cast<int>(image->GetHeight())};
+}
+
+QSize scaled(const QSize& image, float factor) {
+    const auto length = [factor](int pixels) {
+        return std::max(static_cast<int>(static_cast<float>(pixels) * factor), 1);
+    };
+    return {length(image.width()), length(image.height())};
+}
+
+} // namespace
+
+wGLImageDisplay::wGLImageDisplay(QWidget* parent) : QOpenGLWidget(parent) {
+    const QImage logo(QStringLiteral(":images/logo.png"));
+    const QString fineLogo = QStringLiteral(":images/logo@2x.png");
+    const bool useFineLogo = devicePixelRatioF() > 1.0 && QFile::exists(fineLogo);
+    m_logo = (useFineLogo ? QImage(fineLogo) : logo).convertToFormat(QImage::Format_RGBA8888).mirrored();
+    setFixedSize(logo.isNull() ? QSize(640, 480) : logo.size());
+    connect(this, &wGLImageDisplay::InferenceCornerLabelUpdate, this,
+            &wGLImageDisplay::OnInferenceCornerLabelUpdated);
+}
+
+wGLImageDisplay::~wGLImageDisplay() {
+    disconnect(m_contextConnection);
+    makeCurrent();
+    ReleaseGL();
+    doneCurrent();
+}
+
+void wGLImageDisplay::setImageCaptureThread(ImageCapture* imageCapture) {
+    m_imageCapture = imageCapture;
+}
+
+void wGLImageDisplay::connectToCamera(Norvane::CameraPtr camera) {
+    if (!camera.IsValid()) {
+        return;
+    }
+    m_camera = camera;
+    m_overlay.UpdateMode(m_camera);
+    if (m_inferenceDialog) {
+        m_inferenceDialog->setCamProperty(m_camera);
+    }
+}
+
+void wGLImageDisplay::setInferenceDialog(wInferenceDialog* dialog) {
+    m_inferenceDialog = dialog;
+}
+
+void wGLImageDisplay::setColorProcessingAlgorithm(int code) {
+    const QMutexLocker lock(&m_mutex);
+    m_colorProcessingAlgorithm = code;
+    m_algorithmChanged = true;
+    if (!m_displayTimer.isActive()) {
+        ShowAgain();
+    }
+}
+
+void wGLImageDisplay::setMaxDisplayFPS(float framesPerSecond) {
+    const QMutexLocker lock(&m_mutex);
+    m_maxDisplayFPS = framesPerSecond;
+    if (m_displayTimer.isActive()) {
+        StartTimer();
+    }
+}
+
+void wGLImageDisplay::StartTimer() {
+    m_displayTimer.start(static_cast<int>(1000.0F / m_maxDisplayFPS), Qt::PreciseTimer, this);
+}
+
+void wGLImageDisplay::startProcessAndDisplay() {
+    const QMutexLocker lock(&m_mutex);
+    m_rawImage = nullptr;
+    m_displayImage = nullptr;
+    m_overlay.UpdateMode(m_camera);
+    StartTimer();
+}
+
+void wGLImageDisplay::stopProcessAndDisplay() {
+    const QMutexLocker lock(&m_mutex);
+    m_displayTimer.stop();
+    if (!m_rawImage.IsValid()) {
+        return;
+    }
+    // A copy of our own stays on display, so that the stream gets its buffer back.
+    attempt("Keeping the last image", [this] {
+        ImagePtr copy = Norvane::Image::Create();
+        copy->DeepCopy(m_rawImage);
+        m_rawImage = copy;
+    });
+}
+
+void wGLImageDisplay::timerEvent(QTimerEvent* event) {
+    if (event->timerId() != m_displayTimer.timerId()) {
+        QOpenGLWidget::timerEvent(event);
+        return;
+    }
+    const QMutexLocker lock(&m_mutex);
+    if (m_imageCapture) {
+        updateImageDisplayGL(m_imageCapture->getRawImagePtr(true));
+    }
+}
+
+void wGLImageDisplay::updateImageDisplayGL(ImagePtr const& image) {
+    if (!image.IsValid()) {
+        return;
+    }
+    m_noImageYet = false;
+    PixelBuffer& target = m_pixelBuffers[static_cast<std::size_t>(m_writeIndex)];
+    m_imageSize = sizeOf(image);
+    if (m_imageSize != QSize(target.width, target.height)) {
+        setFixedSize(scaled(m_imageSize, m_zoomFactor));
+    }
+    const ImagePtr converted = ConvertInto(target, image);
+    m_updateRateCalculator.UpdateFrameRate();
+    Show(image, converted);
+}
+
+ImagePtr wGLImageDisplay::ConvertInto(PixelBuffer& target, const ImagePtr& image) {
+    makeCurrent();
+    const auto width = static_cast<int>(image->GetWidth());
+    const auto height = static_cast<int>(image->GetHeight());
+    if (!target.buffer.isCreated() || !target.buffer.bind()) {
+        return {};
+    }
+    if (target.width != width || target.height != height) {
+        target.byteSize = width * height * kBytesPerPixel;
+        target.buffer.allocate(target.byteSize);
+        target.width = width;
+        target.height = height;
+    }
+    ImagePtr converted;
+    if (void* pixels = target.buffer.map(QOpenGLBuffer::WriteOnly)) {
+        attempt("Converting an image for display", [&] {
+            const ImagePtr destination =
+                Norvane::Image::Create(image->GetWidth(), image->GetHeight(), image->GetXOffset(),
+                                       image->GetYOffset(), Norvane::PixelFormat_BGR8, pixels);
+            image->Convert(destination,
+                           static_cast<Norvane::ColorProcessingAlgorithm>(m_colorProcessingAlgorithm));
+            converted = destination;
+        });
+        target.buffer.unmap();
+    }
+    target.buffer.release();
+    return converted;
+}
+
+void wGLImageDisplay::Show(const ImagePtr& image, const ImagePtr& converted) {
+    if (m_painting || !converted.IsValid()) {
+        return;
+    }
+    m_rawImage = image;
+    m_displayImage = converted;
+    m_readIndex = (m_readIndex + 1) % 2;
+    m_writeIndex = (m_readIndex + 1) % 2;
+    m_textureIsStale = true;
+    m_algorithmChanged = false;
+    update();
+}
+
+void wGLImageDisplay::ShowAgain() {
+    if (m_rawImage.IsValid()) {
+        const ImagePtr image = m_rawImage;
+        Show(image, ConvertInto(m_pixelBuffers[static_cast<std::size_t>(m_writeIndex)], image));
+    }
+}
+
+void wGLImageDisplay::initializeGL() {
+    makeCurrent();
+    initializeOpenGLFunctions();
+    m_contextConnection = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {
+        makeCurrent();
+        ReleaseGL();
+        doneCurrent();
+    });
+    glClearColor(1.0F, 1.0F, 1.0F, 0.0F);
+    m_renderer.Create(*this, m_logo);
+    for (PixelBuffer& pixelBuffer : m_pixelBuffers) {
+        pixelBuffer.buffer.destroy();
+        pixelBuffer = PixelBuffer();
+        pixelBuffer.buffer.create();
+        pixelBuffer.buffer.setUsagePattern(QOpenGLBuffer::StreamDraw);
+    }
+    // A dock that floats or docks gets a new context: the image on display moves along.
+    ShowAgain();
+}
+
+void wGLImageDisplay::ReleaseGL() {
+    if (!QOpenGLContext::currentContext()) {
+        return;
+    }
+    for (PixelBuffer& pixelBuffer : m_pixelBuffers) {
+        pixelBuffer.buffer.destroy();
+        pixelBuffer = PixelBuffer();
+    }
+    m_renderer.Destroy(*this);
+}
+
+void wGLImageDisplay::resizeGL(int width, int height) {
+    const qreal ratio = devicePixelRatioF();
+    glViewport(0, 0, qRound(width * ratio), qRound(height * ratio));
+    m_viewportResized = true;
+}
+
+void wGLImageDisplay::moveEvent(QMoveEvent* event) {
+    QOpenGLWidget::moveEvent(event);
+    update(); // scrolling shows parts that were left out, see RestrictToVisible
+}
+
+void wGLImageDisplay::RestrictToVisible() {
+    // A zoomed image is many times larger than what the scroll area shows of it.
+    const QRect visible = visibleRegion().boundingRect();
+    if (visible.isEmpty()) {
+        return;
+    }
+    const qreal ratio = devicePixelRatioF();
+    const int left = static_cast<int>(std::floor(visible.left() * ratio));
+    const int bottom = static_cast<int>(std::floor((height() - visible.bottom() - 1) * ratio));
+    glEnable(GL_SCISSOR_TEST);
+    glScissor(left, bottom, static_cast<int>(std::ceil(visible.width() * ratio)) + 1,
+              static_cast<int>(std::ceil(visible.height() * ratio)) + 1);
+}
+
+void wGLImageDisplay::paintGL() {
+    if (m_painting) {
+        return;
+    }
+    if (m_noImageYet) {
+        glClear(GL_COLOR_BUFFER_BIT);
+        m_renderer.DrawLogo(*this);
+        return;
+    }
+    m_painting = true;
+    m_viewportResized = false;
+    if (m_overlay.GetMode() == InferenceOverlay::NotEnabled) {
+        updateCornerLabel(QStringLiteral("Inference is not fully enabled"));
+    }
+    const bool drawsBoxes = m_inferenceEnabled && m_overlay.GetMode() == InferenceOverlay::Detection;
+    if (drawsBoxes) {
+        createInferencePainter();
+    }
+    PaintImage();
+    if (drawsBoxes) {
+        m_painter->endNativePainting();
+        inferenceHandleDetection();
+        m_painter.reset();
+    } else if (m_inferenceEnabled && m_overlay.GetMode() == InferenceOverlay::Classification) {
+        drawInferenceClassification();
+    }
+    m_paintRateCalculator.UpdateFrameRate();
+    m_painting = false;
+}
+
+void wGLImageDisplay::PaintImage() {
+    RestrictToVisible();
+    glClear(GL_COLOR_BUFFER_BIT);
+    PixelBuffer& source = m_pixelBuffers[static_cast<std::size_t>(m_readIndex)];
+    if (m_textureIsStale && source.width > 0) {
+        m_renderer.Upload(*this, source.buffer, source.width, source.height);
+        m_textureIsStale = false;
+    }
+    m_renderer.DrawImage(*this);
+    glDisable(GL_SCISSOR_TEST);
+}
+
+void wGLImageDisplay::zoom(int direction) {
+    if (m_noImageYet) {
+        return;
+    }
+    if (direction >= 1) {
+        if (m_zoomLevel < kMaxZoomLevel) {
+            m_zoomLevel += 1.0F;
+        }
+    } else if (m_zoomLevel > -kMaxZoomLevel) {
+        m_zoomLevel -= 1.0F;
+    }
+    ApplyZoom();
+}
+
+void wGLImageDisplay::ApplyZoom() {
+    m_zoomFactor = factorOf(m_zoomLevel);
+    setFixedSize(scaled(m_imageSize, m_zoomFactor));
+}
+
+void wGLImageDisplay::zoomScroll(QScrollArea* area, int delta, int x, int y) {
+    if (m_noImageYet) {
+        return;
+    }
+    zoom(delta);
+    if (m_zoomLevel >= kMaxZoomLevel) {
+        return;
+    }
+    const auto follow = [this](QScrollBar* bar, int position) {
+        const auto offset = static_cast<float>(position - bar->pageStep() / 2);
+        bar->setValue(
+            static_cast<int>(static_cast<float>(bar->value()) * m_zoomFactor + offset * m_zoomFactor));
+    };
+    follow(area->horizontalScrollBar(), x);
+    follow(area->verticalScrollBar(), y);
+}
+
+void wGLImageDisplay::stretchToFit(const QSize& container) {
+    if (m_noImageYet || container.isEmpty()) {
+        return;
+    }
+    const float scale =
+        std::min(static_cast<float>(container.width()) / static_cast<float>(m_imageSize.width()),
+                 static_cast<float>(container.height()) / static_cast<float>(m_imageSize.height()));
+    m_zoomLevel = std::log(scale) / std::log(kZoomStep);
+    m_zoomFactor = factorOf(m_zoomLevel);
+    setFixedSize(scaled(m_imageSize, scale));
+}
+
+void wGLImageDisplay::changeInferenceEnabledStatus(bool on) {
+    m_inferenceEnabled = on;
+    update();
+}
+
+void wGLImageDisplay::OnInferenceClassificationConfidenceThresholdChanged(double fraction) {
+    m_overlay.SetThreshold(fraction);
+    update();
+}
+
+void wGLImageDisplay::OnInferenceLabelDisplaySettingChanged(bool useFixedFontSize, QFont font, QColor color) {
+    m_overlay.SetLabelDisplay(useFixedFontSize, font, color);
+    update();
+    updateCornerLabel(m_cornerLabelText);
+}
+
+void wGLImageDisplay::OnInferenceClassLabelLocationChanged(QString path) {
+    m_overlay.SetClassLabelLocation(path);
+    update();
+}
+
+void wGLImageDisplay::OnInferenceCornerLabelUpdated(QFont, QColor, QString text) {
+    m_cornerLabelText = text;
+}
+
+void wGLImageDisplay::updateCornerLabel(const QString& text) {
+    emit InferenceCornerLabelUpdate(m_overlay.LabelFont(), m_overlay.LabelColor(), text);
+}
+
+void wGLImageDisplay::createInferencePainter() {
+    m_painter = std::make_shared<QPainter>(this);
+    m_overlay.Prepare(*m_painter, m_zoomFactor);
+    m_painter->beginNativePainting();
+}
+
+void wGLImageDisplay::inferenceHandleDetection() {
+    if (m_rawImage.IsValid()) {
+        updateCornerLabel(m_overlay.DrawDetection(*m_painter, m_rawImage, m_zoomFactor));
+    }
+}
+
+void wGLImageDisplay::drawInferenceClassification() {
+    if (m_rawImage.IsValid()) {
+        updateCornerLabel(m_overlay.DescribeClassification(m_rawImage));
+    }
+}
