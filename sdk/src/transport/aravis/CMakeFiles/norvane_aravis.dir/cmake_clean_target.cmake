@@ -1,3 +1,0 @@
-file(REMOVE_RECURSE
-  "libnorvane_aravis.a"
-)

@@ -1,2 +1,0 @@
-# Empty dependencies file for aravis_camera_test.
-# This may be replaced when dependencies are built.
