@@ -16,7 +16,7 @@ using CallbackHandleType = std::int64_t;
 CallbackHandleType Register(INode* node, NodeCallback function, ECallbackType type = cbPostInsideLock);
 
 /// Ends one registration; false for a handle that is not registered. A call that runs on another thread is
-/// waited for, except by the callback itself.
+/// waited for, except from within a callback, which might be what that thread waits for.
 bool Deregister(CallbackHandleType handle);
 
 } // namespace Norvane::GenApi

@@ -158,6 +158,7 @@ public:
     /// Null when there is none.
     virtual IEnumEntry* GetEntryByName(const gcstring& symbolic) = 0;
     virtual IEnumEntry* GetEntry(std::int64_t value) = 0;
+    /// Null as well when the device holds a value that no entry has.
     virtual IEnumEntry* GetCurrentEntry(bool verify = false, bool ignoreCache = false) = 0;
 };
 

@@ -1,0 +1,194 @@
+#include "genapi/ConverterNode.h"
+
+#include "genapi/Graph.h"
+#include "genapi/Loader.h"
+#include "norvane/Exception.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Norvane::GenApi {
+
+bool ConverterCore::LoadElement(Node& owner, Tag tag, pugi::xml_node element, Loader& loader) {
+    switch (tag) {
+    case Tag::pValue:
+        m_value = loader.Find(owner, element);
+        return true;
+    case Tag::FormulaTo:
+        m_toText = element.child_value();
+        return true;
+    case Tag::FormulaFrom:
+        m_fromText = element.child_value();
+        return true;
+    case Tag::Slope:
+        m_slope = static_cast<Slope>(
+            loader.Word(owner, element, {"Increasing", "Decreasing", "Varying", "Automatic"}, 3));
+        return true;
+    case Tag::IsLinear:
+        m_linear = loader.YesNo(owner, element);
+        return true;
+    default:
+        return m_binding.LoadElement(owner, tag, element, loader);
+    }
+}
+
+void ConverterCore::FinishLoading(Node& owner, Loader& loader, Formula::Kind kind) {
+    if (owner.Broken()) {
+        return;
+    }
+    if (!m_value) {
+        loader.Fault(owner, "it has no pValue");
+        return;
+    }
+    m_from = m_binding.Compile(owner, loader, m_fromText, kind, "TO");
+    if (!owner.Broken()) {
+        m_to = m_binding.Compile(owner, loader, m_toText, kind, "FROM");
+    }
+    if (!owner.Broken()) {
+        // Variables that the second formula brought in change the index of the first one's TO.
+        m_from = m_binding.Compile(owner, loader, m_fromText, kind, "TO");
+    }
+}
+
+void ConverterCore::CollectEdges(Node& owner, EdgeSink& edges) const {
+    m_binding.CollectEdges(owner, Facet::Value, edges, true);
+    m_binding.CollectEdges(owner, Facet::Range, edges, true);
+    edges.AddRead(owner, Facet::Value, m_value, true);
+    edges.Add(owner, Facet::Range, m_value, Facet::Range, true);
+    edges.Add(owner, Facet::Presence, m_value, Facet::Presence);
+    edges.Add(owner, Facet::Lock, m_value, Facet::Lock);
+}
+
+EAccessMode ConverterCore::Presence() const {
+    return m_binding.Readable() ? m_value->Presence() : NA;
+}
+
+double ConverterCore::FromFloat(double behind, bool fresh) const {
+    return m_from.EvaluateFloat([&](std::size_t index) {
+        return index == m_binding.Count() ? behind : m_binding.ReadFloat(index, fresh);
+    });
+}
+
+double ConverterCore::ToFloat(double own) const {
+    return m_to.EvaluateFloat([&](std::size_t index) {
+        return index == m_binding.Count() ? own : m_binding.ReadFloat(index, false);
+    });
+}
+
+std::int64_t ConverterCore::FromInteger(std::int64_t behind, bool fresh) const {
+    if (m_from.CalculatesInDouble()) {
+        return TruncateToInteger(FromFloat(static_cast<double>(behind), fresh));
+    }
+    return m_from.EvaluateInteger([&](std::size_t index) {
+        return index == m_binding.Count() ? behind : m_binding.ReadInteger(index, fresh);
+    });
+}
+
+std::int64_t ConverterCore::ToInteger(std::int64_t own) const {
+    if (m_to.CalculatesInDouble()) {
+        return TruncateToInteger(ToFloat(static_cast<double>(own)));
+    }
+    return m_to.EvaluateInteger([&](std::size_t index) {
+        return index == m_binding.Count() ? own : m_binding.ReadInteger(index, false);
+    });
+}
+
+bool IntConverterNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
+    return m_core.LoadElement(*this, tag, element, loader) || IntegerBase::LoadElement(tag, element, loader);
+}
+
+void IntConverterNode::CollectEdges(EdgeSink& edges) {
+    Node::CollectEdges(edges);
+    m_core.CollectEdges(*this, edges);
+}
+
+std::int64_t IntConverterNode::ComputeInteger(bool fresh) {
+    return m_core.FromInteger(m_core.Behind().ReadInteger(fresh), fresh);
+}
+
+void IntConverterNode::WriteInteger(std::int64_t value) {
+    m_core.Behind().WriteInteger(m_core.ToInteger(value));
+}
+
+std::int64_t IntConverterNode::Limit(bool lower) {
+    const auto otherwise = lower ? kLowest : kHighest;
+    const auto slope = m_core.GetSlope();
+    if (slope == Slope::Varying) {
+        return otherwise;
+    }
+    const auto min = m_core.Behind().MinInteger();
+    const auto max = m_core.Behind().MaxInteger();
+    // A range without limits has none after conversion either; the formula would only overflow.
+    if (min == kLowest || max == kHighest) {
+        return otherwise;
+    }
+    try {
+        const auto first = m_core.FromInteger(min, false);
+        const auto last = m_core.FromInteger(max, false);
+        if (slope == Slope::Automatic) {
+            return lower ? std::min(first, last) : std::max(first, last);
+        }
+        return lower == (slope == Slope::Increasing) ? first : last;
+    } catch (const Exception& error) {
+        if (error.GetError() != Error::GenApiLogical) {
+            throw;
+        }
+        return otherwise; // the formula has no value at that end, for example 1/TO at 0
+    }
+}
+
+bool ConverterNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
+    return m_core.LoadElement(*this, tag, element, loader) || FloatBase::LoadElement(tag, element, loader);
+}
+
+void ConverterNode::CollectEdges(EdgeSink& edges) {
+    Node::CollectEdges(edges);
+    m_core.CollectEdges(*this, edges);
+}
+
+double ConverterNode::ComputeFloat(bool fresh) {
+    return m_core.FromFloat(m_core.Behind().ReadFloat(fresh), fresh);
+}
+
+void ConverterNode::WriteFloat(double value) {
+    const auto behind = m_core.ToFloat(value);
+    if (std::isnan(behind)) {
+        Fail(Error::GenApiOutOfRange, "the value cannot be converted");
+    }
+    m_core.Behind().WriteFloat(behind);
+}
+
+double ConverterNode::Limit(bool lower) {
+    const auto otherwise = lower ? kLowest : kHighest;
+    const auto slope = m_core.GetSlope();
+    if (slope == Slope::Varying) {
+        return otherwise;
+    }
+    double first = 0;
+    double last = 0;
+    try {
+        first = m_core.FromFloat(m_core.Behind().MinFloat(), false);
+        last = m_core.FromFloat(m_core.Behind().MaxFloat(), false);
+    } catch (const Exception& error) {
+        if (error.GetError() != Error::GenApiLogical) {
+            throw;
+        }
+        return otherwise; // the formula has no value at that end, for example 1/TO at 0
+    }
+    if (std::isnan(first) || std::isnan(last)) {
+        return otherwise;
+    }
+    const bool rises = slope == Slope::Automatic ? first <= last : slope == Slope::Increasing;
+    return std::clamp(lower == rises ? first : last, kLowest, kHighest);
+}
+
+double ConverterNode::ComputeInc() {
+    if (!m_core.IsLinear()) {
+        return FloatBase::ComputeInc();
+    }
+    const auto behind = m_core.Behind().IncFloat();
+    return behind ? std::abs(m_core.FromFloat(*behind, false) - m_core.FromFloat(0, false))
+                  : FloatBase::ComputeInc();
+}
+
+} // namespace Norvane::GenApi

@@ -1,0 +1,152 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace Norvane::GenApi {
+
+/// What one instruction of a compiled formula does. Operands are on a stack; the instructions with a slot or
+/// a jump target name it in Instruction::operand.
+enum class Op : std::uint8_t {
+    Number,
+    Slot,
+    Jump,
+    JumpIfZero,
+    AndJump,
+    OrJump,
+    Truth,
+    Add,
+    Subtract,
+    Multiply,
+    Divide,
+    Remainder,
+    Power,
+    Negate,
+    Not,
+    Complement,
+    BitAnd,
+    BitOr,
+    BitXor,
+    ShiftLeft,
+    ShiftRight,
+    Equal,
+    NotEqual,
+    Less,
+    LessEqual,
+    Greater,
+    GreaterEqual,
+    Sgn,
+    Abs,
+    Sqrt,
+    Exp,
+    Ln,
+    Lg,
+    Sin,
+    Cos,
+    Tan,
+    Asin,
+    Acos,
+    Atan,
+    Trunc,
+    Floor,
+    Ceil,
+    Round,
+    RoundTo,
+};
+
+/// A formula of the description's language (GenICam standard 2.1, section 2.8.7: "SwissKnife" operators),
+/// compiled once. Integer formulas calculate in 64-bit two's complement that wraps, with division towards
+/// zero; float formulas in double. An integer formula that holds a number with a fraction calculates in
+/// double throughout and drops the fraction of the result. && || and ?: evaluate only the operands that they
+/// need.
+///
+/// Immutable after Compile; evaluation may run on any number of threads.
+class Formula {
+public:
+    enum class Kind : std::uint8_t { Integer, Float };
+
+    /// Named things that a formula may use. Constants and expressions are bound while compiling; what remains
+    /// are the variables, in the order of Variables().
+    struct Names {
+        std::vector<std::string_view> variables;
+        std::vector<std::pair<std::string_view, double>> constants;
+        std::vector<std::pair<std::string_view, std::string_view>> expressions;
+    };
+
+    Formula() = default;
+
+    /// @throws Exception (GenApiLogical) that says what is wrong and at which character.
+    static Formula Compile(std::string_view text, const Names& names, Kind kind);
+
+    /// Whether the formula uses the variable with this index of Names::variables.
+    bool Uses(std::size_t variable) const { return variable < m_uses.size() && m_uses[variable]; }
+    bool CalculatesInDouble() const { return m_double; }
+
+    /// Evaluates; `load(index)` gives the value of a variable, and is called at most once for each.
+    /// @throws Exception (GenApiLogical) for a division by zero and for a result that is no integer's.
+    template <class Load>
+    std::int64_t EvaluateInteger(Load&& load) const;
+    template <class Load>
+    double EvaluateFloat(Load&& load) const;
+
+private:
+    friend class FormulaParser;
+
+    struct Instruction {
+        Op op;
+        std::uint32_t operand;
+    };
+    struct Program {
+        std::vector<Instruction> code;
+        std::uint32_t deepest = 0;
+    };
+    static constexpr std::size_t kStack = 64;
+    static constexpr std::uint32_t kExpression = 0x80000000u;
+
+    using LoadInteger = std::int64_t (*)(void*, std::uint32_t);
+    using LoadFloat = double (*)(void*, std::uint32_t);
+    std::int64_t RunInteger(LoadInteger load, void* context) const;
+    double RunFloat(LoadFloat load, void* context) const;
+    template <class T, class Load>
+    friend class FormulaMachine;
+
+    std::vector<Program> m_programs; ///< the formula itself, then the expressions that it uses
+    std::vector<std::int64_t> m_integers;
+    std::vector<double> m_floats;
+    std::vector<bool> m_uses;
+    bool m_double = false;
+};
+
+/// `value` without its fraction. @throws Exception (GenApiLogical) for a value outside 64 bits, or NaN.
+std::int64_t TruncateToInteger(double value);
+/// The nearest integer, halves away from zero; likewise.
+std::int64_t RoundToInteger(double value);
+
+template <class Load>
+std::int64_t Formula::EvaluateInteger(Load&& load) const {
+    using L = std::remove_reference_t<Load>;
+    if (m_double) {
+        return TruncateToInteger(EvaluateFloat(load));
+    }
+    return RunInteger(
+        [](void* context, std::uint32_t index) -> std::int64_t {
+            return static_cast<std::int64_t>((*static_cast<L*>(context))(index));
+        },
+        &load);
+}
+
+template <class Load>
+double Formula::EvaluateFloat(Load&& load) const {
+    using L = std::remove_reference_t<Load>;
+    return RunFloat(
+        [](void* context, std::uint32_t index) -> double {
+            return static_cast<double>((*static_cast<L*>(context))(index));
+        },
+        &load);
+}
+
+} // namespace Norvane::GenApi

@@ -1,0 +1,496 @@
+#include "genapi/Loader.h"
+
+#include "genapi/Archive.h"
+#include "genapi/BooleanNode.h"
+#include "genapi/CategoryNode.h"
+#include "genapi/CommandNode.h"
+#include "genapi/ConverterNode.h"
+#include "genapi/EnumerationNode.h"
+#include "genapi/PortNode.h"
+#include "genapi/RegisterNodes.h"
+#include "genapi/SwissKnifeNode.h"
+#include "genapi/Text.h"
+#include "norvane/Exception.h"
+#include "norvane/Log.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace Norvane::GenApi {
+
+namespace {
+
+/// A description with more faults than this is damaged as a whole; the log shall stay readable.
+constexpr int kMostComplaints = 100;
+
+/// ConfRom and its like come from IEEE 1394 cameras, whose registers no transport of today offers.
+class UnsupportedNode final : public Node {
+public:
+    using Node::Node;
+    bool LoadElement(Tag, pugi::xml_node, Loader&) override { return true; }
+    void CollectEdges(EdgeSink&) override {}
+};
+
+/// A Node without any function.
+class PlainNode final : public Node {
+public:
+    using Node::Node;
+};
+
+} // namespace
+
+void Loader::Run(std::string_view description) {
+    Parse(description);
+    CreateNodes();
+    LoadNodes();
+    Connect();
+}
+
+void Loader::Parse(std::string_view description) {
+    m_map.m_text = DescriptionText(description);
+    auto& text = m_map.m_text;
+    const auto result = m_map.m_document.load_buffer_inplace(text.data(), text.size());
+    if (!result) {
+        // The parser wrote into the text, but never over line breaks outside of values; the line is close
+        // enough to find the place.
+        const auto offset =
+            std::min(static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0)), text.size());
+        const auto line =
+            1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(offset), '\n');
+        throw Exception(Error::GenApiLogical, "The camera description of " + m_map.m_options.deviceName +
+                                                  " breaks in line " + std::to_string(line) + ": " +
+                                                  result.description());
+    }
+    const auto root = m_map.m_document.document_element();
+    if (std::strcmp(root.name(), "RegisterDescription") != 0) {
+        throw Exception(Error::GenApiLogical, "The camera description of " + m_map.m_options.deviceName +
+                                                  " starts with the element '" + root.name() +
+                                                  "' instead of 'RegisterDescription'");
+    }
+    const auto major = ParseInteger(root.attribute("SchemaMajorVersion").value());
+    if (major != 1) {
+        Complain("the description is of schema version '" +
+                 std::string(root.attribute("SchemaMajorVersion").value()) +
+                 "'; it is read as version 1, which may miss features");
+    }
+}
+
+void Loader::Complain(const std::string& what) {
+    ++m_complaints;
+    const auto& device = m_map.m_options.deviceName;
+    const auto prefix = device.empty() ? std::string("Camera description: ") : device + ": ";
+    if (m_complaints <= kMostComplaints) {
+        Log(LogLevel::Warning, prefix + what);
+    } else if (m_complaints == kMostComplaints + 1) {
+        Log(LogLevel::Warning, prefix + "there are more faults in the description; they are not listed");
+    }
+}
+
+void Loader::Fault(Node& node, const std::string& what) {
+    if (node.Broken()) {
+        return;
+    }
+    node.MarkBroken();
+    m_map.m_faults.emplace(&node, what);
+    Complain(node.Name() + " is not available: " + what);
+}
+
+template <class Kind, class... Arguments>
+Node* Loader::Make(pugi::xml_node xml, std::string_view name, Arguments&&... arguments) {
+    void* const memory = m_map.m_arena.allocate(sizeof(Kind), alignof(Kind));
+    Node* const node = new (memory) Kind(m_map, xml, name, static_cast<std::uint32_t>(m_map.m_nodes.size()),
+                                         std::forward<Arguments>(arguments)...);
+    m_map.m_nodes.push_back(node);
+    return node;
+}
+
+Node* Loader::Create(Tag tag, pugi::xml_node xml, std::string_view name, bool hidden) {
+    if (!hidden) {
+        if (name.empty()) {
+            Complain(std::string("a ") + xml.name() + " without a Name is left out");
+            return nullptr;
+        }
+        if (m_map.m_byName.count(name) != 0) {
+            Complain("there are several nodes named " + std::string(name) + "; the first one is used");
+            return nullptr;
+        }
+    }
+    Node* node = nullptr;
+    switch (tag) {
+    case Tag::Node:
+        node = Make<PlainNode>(xml, name, intfIBase);
+        break;
+    case Tag::Category:
+        node = Make<CategoryNode>(xml, name);
+        break;
+    case Tag::Integer:
+        node = Make<IntegerNode>(xml, name);
+        break;
+    case Tag::IntReg:
+        node = Make<IntRegNode>(xml, name, false);
+        break;
+    case Tag::MaskedIntReg:
+    case Tag::StructEntry:
+        node = Make<IntRegNode>(xml, name, true);
+        break;
+    case Tag::Boolean:
+        node = Make<BooleanNode>(xml, name);
+        break;
+    case Tag::Command:
+        node = Make<CommandNode>(xml, name);
+        break;
+    case Tag::Enumeration:
+        node = Make<EnumerationNode>(xml, name);
+        break;
+    case Tag::EnumEntry:
+        node = Make<EnumEntryNode>(xml, name);
+        break;
+    case Tag::Float:
+        node = Make<FloatNode>(xml, name);
+        break;
+    case Tag::FloatReg:
+        node = Make<FloatRegNode>(xml, name);
+        break;
+    case Tag::String:
+        node = Make<StringNode>(xml, name);
+        break;
+    case Tag::StringReg:
+        node = Make<StringRegNode>(xml, name);
+        break;
+    case Tag::Register:
+        node = Make<RawRegisterNode>(xml, name);
+        break;
+    case Tag::Converter:
+        node = Make<ConverterNode>(xml, name);
+        break;
+    case Tag::IntConverter:
+        node = Make<IntConverterNode>(xml, name);
+        break;
+    case Tag::SwissKnife:
+        node = Make<SwissKnifeNode>(xml, name);
+        break;
+    case Tag::IntSwissKnife:
+        node = Make<IntSwissKnifeNode>(xml, name);
+        break;
+    case Tag::Port:
+        node = Make<PortNode>(xml, name);
+        break;
+    case Tag::ConfRom:
+    case Tag::TextDesc:
+    case Tag::IntKey:
+    case Tag::AdvFeatureLock:
+    case Tag::SmartFeature:
+        node = Make<UnsupportedNode>(xml, name, intfIBase);
+        break;
+    default:
+        if (m_unknown.insert(xml.name()).second) {
+            Complain(std::string(name) + ": nodes of the kind '" + xml.name() +
+                     "' are not known and left out");
+        }
+        return nullptr;
+    }
+    if (!hidden) {
+        m_map.m_byName.emplace(node->NameView(), node);
+    }
+    return node;
+}
+
+void Loader::CreateNodes() {
+    // Groups only structure the file, to any depth; they are walked without recursion.
+    const auto root = m_map.m_document.document_element();
+    auto xml = root.first_child();
+    while (xml) {
+        const Tag tag = TagOf(xml.name());
+        if (tag == Tag::Group && xml.first_child()) {
+            xml = xml.first_child();
+            continue;
+        }
+        if (xml.type() == pugi::node_element && tag != Tag::Group && tag != Tag::Extension) {
+            const auto name = Trim(xml.attribute("Name").value());
+            if (tag == Tag::StructReg) {
+                CreateStruct(xml);
+            } else if (Create(tag, xml, name, false)) {
+                if (tag == Tag::Enumeration) {
+                    CreateEntries(xml, name);
+                }
+                CreateNested(xml);
+            }
+        }
+        while (!xml.next_sibling() && xml.parent() != root) {
+            xml = xml.parent();
+        }
+        xml = xml.next_sibling();
+    }
+    if (m_map.m_byName.count("Root") == 0) {
+        Complain("the description has no category 'Root'; its nodes can only be reached by name");
+    }
+}
+
+void Loader::CreateStruct(pugi::xml_node xml) {
+    for (const auto entry : xml.children("StructEntry")) {
+        Create(Tag::StructEntry, entry, Trim(entry.attribute("Name").value()), false);
+    }
+    CreateNested(xml);
+}
+
+void Loader::CreateEntries(pugi::xml_node xml, std::string_view enumeration) {
+    for (const auto entry : xml.children("EnumEntry")) {
+        const auto symbolic = Trim(entry.attribute("Name").value());
+        const auto name = Store("EnumEntry_" + std::string(enumeration) + "_" + std::string(symbolic));
+        if (symbolic.empty()) {
+            Complain(std::string(enumeration) + ": an EnumEntry without a Name is left out");
+        } else if (Node* const node = Create(Tag::EnumEntry, entry, name, false)) {
+            m_nested.emplace(entry.hash_value(), node);
+        }
+    }
+}
+
+void Loader::CreateNested(pugi::xml_node xml) {
+    for (const auto knife : xml.children("IntSwissKnife")) {
+        const auto own = Trim(knife.attribute("Name").value());
+        const bool hidden = own.empty() || m_map.m_byName.count(own) != 0;
+        const auto name = own.empty() ? std::string_view("(address formula)") : own;
+        if (Node* const node = Create(Tag::IntSwissKnife, knife, name, hidden)) {
+            m_nested.emplace(knife.hash_value(), node);
+        }
+    }
+}
+
+std::string_view Loader::Store(const std::string& text) {
+    auto* const memory = static_cast<char*>(m_map.m_arena.allocate(text.size(), 1));
+    std::memcpy(memory, text.data(), text.size());
+    return {memory, text.size()};
+}
+
+Node* Loader::NodeFor(pugi::xml_node xml) const {
+    const auto found = m_nested.find(xml.hash_value());
+    return found == m_nested.end() ? nullptr : found->second;
+}
+
+void Loader::LoadNodes() {
+    // Ports first: registers look at them.
+    const auto& ports = m_map.m_options.ports;
+    for (Node* node : std::vector<Node*>(m_map.m_nodes)) {
+        auto* const port = dynamic_cast<PortNode*>(node);
+        if (!port) {
+            continue;
+        }
+        port->Load(node->Xml(), *this);
+        const auto given = ports.find(port->Name());
+        if (given != ports.end()) {
+            port->SetPort(given->second);
+        } else if (!port->IsChunk() && !port->IsEvent()) {
+            port->SetPort(m_map.m_port);
+            m_mainPort = m_mainPort ? m_mainPort : port;
+        }
+        (port->IsChunk() ? m_map.m_chunkPorts : m_map.m_ports).push_back(port);
+    }
+    for (std::size_t i = 0; i < m_map.m_nodes.size(); ++i) { // a hidden port may be added meanwhile
+        Node& node = *m_map.m_nodes[i];
+        const auto xml = node.Xml();
+        const Tag tag = TagOf(xml.name());
+        if (tag == Tag::Port || !xml) {
+            continue;
+        }
+        m_plan = AddressPlan();
+        if (tag == Tag::StructEntry) {
+            node.Load(xml.parent(), *this);
+        }
+        node.Load(xml, *this);
+        node.FinishLoading(*this);
+        if (dynamic_cast<UnsupportedNode*>(&node)) {
+            Fault(node, std::string("nodes of the kind ") + xml.name() + " belong to IEEE 1394 cameras");
+        }
+        if (node.PollingTime() >= 0) {
+            m_map.m_polled.push_back({&node, 0});
+        }
+    }
+}
+
+PortNode* Loader::MainPort() {
+    if (!m_mainPort) {
+        m_mainPort = static_cast<PortNode*>(Make<PortNode>(pugi::xml_node(), "Device"));
+        m_mainPort->SetPort(m_map.m_port);
+        m_map.m_ports.push_back(m_mainPort);
+    }
+    return m_mainPort;
+}
+
+RegisterTarget* Loader::Target(const AddressPlan& plan) {
+    auto& candidates = m_targets[plan.constant];
+    for (RegisterTarget* target : candidates) {
+        if (target->Plan() == plan) {
+            return target;
+        }
+    }
+    auto* const target = m_map.m_targets.emplace_back(std::make_unique<RegisterTarget>(plan)).get();
+    candidates.push_back(target);
+    plan.port->AddTarget(target);
+    return target;
+}
+
+void Loader::Connect() {
+    EdgeSink edges;
+    edges.m_edges.reserve(m_map.m_nodes.size() * 6);
+    for (Node* node : m_map.m_nodes) {
+        node->CollectEdges(edges);
+    }
+    auto& graph = m_map.m_graph;
+    graph.Build(static_cast<std::uint32_t>(m_map.m_nodes.size()) * kFacets, edges.m_edges);
+    for (Node* node : m_map.m_nodes) {
+        if (node->OwnCachingMode() == NoCache) {
+            graph.SetUncachable(node->Vertex(Facet::Value));
+        }
+    }
+    for (const auto& trouble : graph.Sort()) {
+        ReportTrouble(trouble);
+    }
+    for (Node* node : m_map.m_nodes) {
+        std::uint8_t cachable = 0;
+        for (std::uint32_t facet = 0; facet < kFacets; ++facet) {
+            cachable = static_cast<std::uint8_t>(cachable | graph.Cachable(node->Index() * kFacets + facet)
+                                                                << facet);
+        }
+        node->SetCachable(cachable);
+    }
+    AddTriggers();
+}
+
+void Loader::ReportTrouble(const Graph::Trouble& trouble) {
+    std::vector<Node*> nodes;
+    for (const auto vertex : trouble.vertices) {
+        Node* const node = m_map.m_nodes[vertex / kFacets];
+        if (std::find(nodes.begin(), nodes.end(), node) == nodes.end()) {
+            nodes.push_back(node);
+        }
+    }
+    std::string what;
+    if (trouble.cycle) {
+        constexpr std::size_t kNamed = 8;
+        for (std::size_t i = 0; i < std::min(nodes.size(), kNamed); ++i) {
+            what += nodes[i]->Name() + " -> ";
+        }
+        what = "they depend on one another: " + what + (nodes.size() > kNamed ? "... -> " : "") +
+               nodes[0]->Name();
+    } else {
+        what = "it stands at the end of more than " + std::to_string(Graph::kLongestChain) + " references";
+    }
+    bool known = true;
+    for (Node* node : nodes) {
+        known = known && node->Broken();
+        if (!node->Broken()) {
+            node->MarkBroken();
+            m_map.m_faults.emplace(node, what);
+        }
+    }
+    if (!known) {
+        Complain(nodes[0]->Name() + (nodes.size() > 1 ? " and other nodes are" : " is") +
+                 " not available: " + what);
+    }
+}
+
+void Loader::AddTriggers() {
+    const auto& graph = m_map.m_graph;
+    const auto& nodes = m_map.m_nodes;
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> triggers;
+    const auto add = [&](Node& from, std::uint32_t to) {
+        triggers.emplace_back(from.Vertex(Facet::Value), to);
+    };
+    const auto addContent = [&](Node& from, Node& to, Facet facet) {
+        for (const auto vertex : graph.ContentOf(to.Vertex(facet), nodes)) {
+            add(from, vertex);
+        }
+    };
+    for (Node* node : nodes) {
+        for (std::uint32_t i = node->m_firstLink; i < node->m_firstLink + node->m_links; ++i) {
+            const auto link = m_map.m_links[i];
+            if (link.kind == LinkKind::Invalidator) {
+                addContent(*link.target, *node, Facet::Value);
+                addContent(*link.target, *node, Facet::Range);
+            } else if (link.kind == LinkKind::Selected) {
+                // A device may switch what stands in the registers of a selected feature without the
+                // description saying so.
+                addContent(*node, *link.target, Facet::Value);
+                addContent(*node, *link.target, Facet::Range);
+                add(*node, link.target->Vertex(Facet::Presence));
+                add(*node, link.target->Vertex(Facet::Lock));
+            }
+        }
+    }
+    m_map.m_graph.AddTriggers(std::move(triggers));
+}
+
+Node* Loader::FindName(Node& by, std::string_view element, std::string_view name) {
+    name = Trim(name);
+    const auto found = m_map.m_byName.find(name);
+    if (found != m_map.m_byName.end()) {
+        return found->second;
+    }
+    Fault(by, "its " + std::string(element) + " '" + std::string(name) + "' does not exist");
+    return nullptr;
+}
+
+Node* Loader::Find(Node& by, pugi::xml_node element) {
+    return FindName(by, element.name(), element.child_value());
+}
+
+Node* Loader::FindOptional(Node& by, pugi::xml_node element) {
+    const auto name = Trim(element.child_value());
+    const auto found = m_map.m_byName.find(name);
+    if (found != m_map.m_byName.end()) {
+        return found->second;
+    }
+    Complain(by.Name() + ": its " + element.name() + " '" + std::string(name) +
+             "' does not exist and is ignored");
+    return nullptr;
+}
+
+std::int64_t Loader::IntegerText(Node& by, std::string_view what, std::string_view text) {
+    if (const auto value = ParseInteger(text)) {
+        return *value;
+    }
+    // Some makers' tools write whole numbers as floats.
+    if (const auto value = ParseFloat(text);
+        value && *value == static_cast<double>(static_cast<std::int32_t>(std::clamp(*value, -2e9, 2e9)))) {
+        return static_cast<std::int64_t>(*value);
+    }
+    Fault(by, "its " + std::string(what) + " '" + std::string(Trim(text)) + "' is no integer");
+    return 0;
+}
+
+std::int64_t Loader::Integer(Node& by, pugi::xml_node element) {
+    return IntegerText(by, element.name(), element.child_value());
+}
+
+double Loader::Float(Node& by, pugi::xml_node element) {
+    if (const auto value = ParseFloat(element.child_value())) {
+        return *value;
+    }
+    Fault(by, std::string("its ") + element.name() + " '" + std::string(Trim(element.child_value())) +
+                  "' is no number");
+    return 0;
+}
+
+bool Loader::YesNo(Node& by, pugi::xml_node element) {
+    return Word(by, element, {"No", "Yes", "false", "true"}, 0) % 2 == 1;
+}
+
+int Loader::Word(Node& by, pugi::xml_node element, std::initializer_list<std::string_view> words,
+                 int otherwise) {
+    const auto text = Trim(element.child_value());
+    const auto found = std::find(words.begin(), words.end(), text);
+    if (found != words.end()) {
+        return static_cast<int>(found - words.begin());
+    }
+    Complain(by.Name() + ": its " + element.name() + " '" + std::string(text) + "' is not known and ignored");
+    return otherwise;
+}
+
+std::shared_ptr<INodeMap> CreateNodeMap(std::string_view description, std::shared_ptr<IPort> port,
+                                        const NodeMapOptions& options) {
+    auto map = std::make_shared<NodeMap>(std::move(port), options);
+    Loader(*map).Run(description);
+    return map;
+}
+
+} // namespace Norvane::GenApi

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "genapi/NodeMap.h"
+#include "genapi/RegisterTarget.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace Norvane::GenApi {
+
+/// Turns a description into the nodes of a map: first all nodes and their names, then each node's elements,
+/// then the dependencies. Whatever is wrong costs the node that it belongs to and one log line.
+class Loader {
+public:
+    explicit Loader(NodeMap& map) : m_map(map) {}
+
+    /// @throws Exception (GenApiLogical, FileFormat) when the text is no description at all.
+    void Run(std::string_view description);
+
+    // ---- for nodes while they load
+
+    /// The node that an element names; null, with `by` broken, when there is none.
+    Node* Find(Node& by, pugi::xml_node element);
+    /// Likewise for a reference that the node can do without: a missing one is only logged.
+    Node* FindOptional(Node& by, pugi::xml_node element);
+    Node* FindName(Node& by, std::string_view element, std::string_view name);
+
+    std::int64_t Integer(Node& by, pugi::xml_node element);
+    std::int64_t IntegerText(Node& by, std::string_view what, std::string_view text);
+    double Float(Node& by, pugi::xml_node element);
+    bool YesNo(Node& by, pugi::xml_node element);
+    /// The index of the element's text among `words`, or `otherwise` (with a log line) for another text.
+    int Word(Node& by, pugi::xml_node element, std::initializer_list<std::string_view> words, int otherwise);
+
+    /// The node turns not available; says so once.
+    void Fault(Node& node, const std::string& what);
+    void Complain(const std::string& what);
+
+    void AddLink(Link link) { m_map.m_links.push_back(link); }
+    std::uint32_t LinkCount() const { return static_cast<std::uint32_t>(m_map.m_links.size()); }
+    /// The registers of equal address, length and port share one copy of their bytes.
+    RegisterTarget* Target(const AddressPlan& plan);
+    /// The address of the node that is being loaded, as far as it was read.
+    AddressPlan& Plan() { return m_plan; }
+    PortNode* MainPort();
+    /// A node that the description nests in another: an entry of an enumeration, a formula in an address.
+    Node* NodeFor(pugi::xml_node xml) const;
+    /// A text that lives as long as the map.
+    std::string_view Store(const std::string& text);
+
+private:
+    void Parse(std::string_view description);
+    void CreateNodes();
+    void CreateStruct(pugi::xml_node xml);
+    void CreateEntries(pugi::xml_node xml, std::string_view enumeration);
+    void CreateNested(pugi::xml_node xml);
+    Node* Create(Tag tag, pugi::xml_node xml, std::string_view name, bool hidden);
+    template <class Kind, class... Arguments>
+    Node* Make(pugi::xml_node xml, std::string_view name, Arguments&&... arguments);
+    void LoadNodes();
+    void Connect();
+    void ReportTrouble(const Graph::Trouble& trouble);
+    void AddTriggers();
+
+    NodeMap& m_map;
+    std::unordered_map<std::size_t, Node*> m_nested;                          ///< by the hash of the element
+    std::unordered_map<std::int64_t, std::vector<RegisterTarget*>> m_targets; ///< by the address's constant
+    std::unordered_set<std::string> m_unknown;
+    AddressPlan m_plan;
+    PortNode* m_mainPort = nullptr;
+    int m_complaints = 0;
+};
+
+} // namespace Norvane::GenApi

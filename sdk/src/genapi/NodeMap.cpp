@@ -1,0 +1,169 @@
+#include "genapi/NodeMap.h"
+
+#include "genapi/PortNode.h"
+#include "genapi/RegisterTarget.h"
+#include "norvane/Log.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace Norvane::GenApi {
+
+NodeMap::NodeMap(std::shared_ptr<IPort> port, const NodeMapOptions& options)
+    : m_options(options), m_port(std::move(port)) {}
+
+NodeMap::~NodeMap() {
+    for (Node* node : m_nodes) {
+        node->~Node();
+    }
+}
+
+INode* NodeMap::GetNode(const gcstring& name) const {
+    std::string_view text = name;
+    for (const std::string_view prefix : {"Std::", "Cust::"}) {
+        if (text.substr(0, prefix.size()) == prefix) {
+            text.remove_prefix(prefix.size());
+        }
+    }
+    const auto found = m_byName.find(text);
+    return found == m_byName.end() ? nullptr : found->second;
+}
+
+void NodeMap::GetNodes(node_vector& nodes) const {
+    nodes.clear();
+    nodes.reserve(m_byName.size());
+    for (Node* node : m_nodes) {
+        const auto found = m_byName.find(node->NameView());
+        if (found != m_byName.end() && found->second == node) {
+            nodes.push_back(node);
+        }
+    }
+}
+
+std::uint64_t NodeMap::GetNumNodes() const {
+    return m_byName.size();
+}
+
+void NodeMap::Enter() {
+    m_mutex.lock();
+    m_callbacks.Enter();
+}
+
+void NodeMap::Leave() noexcept {
+    if (!m_callbacks.ChangesPending() || !m_callbacks.IsOutermost()) {
+        m_callbacks.Leave();
+        m_mutex.unlock();
+        return;
+    }
+    m_callbacks.RunInside();
+    const auto due = m_callbacks.TakeOutside();
+    m_callbacks.Leave();
+    m_mutex.unlock();
+    CallbackList::RunOutside(due);
+    if (m_options.onChanged) {
+        m_options.onChanged();
+    }
+}
+
+std::string NodeMap::FaultOf(const Node& node) const {
+    const auto found = m_faults.find(&node);
+    return found == m_faults.end() ? std::string() : found->second;
+}
+
+void NodeMap::ValueChanged(Node& node) {
+    ValuesChanged({&node});
+}
+
+void NodeMap::ValuesChanged(const std::vector<Node*>& nodes) {
+    ++m_epoch;
+    std::vector<std::uint32_t> roots;
+    roots.reserve(nodes.size());
+    for (Node* node : nodes) {
+        roots.push_back(node->Vertex(Facet::Value));
+        node->Forget(Facet::Value, true);
+        m_callbacks.AddChanged(*node);
+    }
+    m_graph.Dependents(roots, [this](std::uint32_t vertex) {
+        Node& node = *m_nodes[vertex / kFacets];
+        node.Forget(static_cast<Facet>(vertex % kFacets), false);
+        m_callbacks.AddChanged(node);
+    });
+}
+
+void NodeMap::Refresh(Node& node) {
+    ++m_epoch;
+    auto roots = m_graph.ContentOf(node.Vertex(Facet::Value), m_nodes);
+    const auto range = m_graph.ContentOf(node.Vertex(Facet::Range), m_nodes);
+    roots.insert(roots.end(), range.begin(), range.end());
+    roots.push_back(node.Vertex(Facet::Presence));
+    roots.push_back(node.Vertex(Facet::Lock));
+    const auto forget = [this](std::uint32_t vertex) {
+        Node& changed = *m_nodes[vertex / kFacets];
+        changed.Forget(static_cast<Facet>(vertex % kFacets), false);
+        m_callbacks.AddChanged(changed);
+    };
+    for (const auto vertex : roots) {
+        forget(vertex);
+    }
+    m_graph.Dependents(roots, forget);
+}
+
+void NodeMap::InvalidateNodes() const {
+    auto& self = const_cast<NodeMap&>(*this);
+    const Operation operation(self);
+    ++self.m_epoch;
+    for (Node* node : m_nodes) {
+        for (const auto facet : {Facet::Presence, Facet::Lock, Facet::Value, Facet::Range}) {
+            node->Forget(facet, false);
+        }
+        self.m_callbacks.AddChanged(*node);
+    }
+}
+
+void NodeMap::CheckPorts() {
+    for (PortNode* port : m_ports) {
+        CheckPort(*port);
+    }
+}
+
+void NodeMap::CheckPort(PortNode& port) {
+    if (!port.ModeChanged()) {
+        return;
+    }
+    ++m_epoch;
+    const auto forget = [this](std::uint32_t vertex) {
+        Node& node = *m_nodes[vertex / kFacets];
+        node.Forget(static_cast<Facet>(vertex % kFacets), false);
+        m_callbacks.AddChanged(node);
+    };
+    const std::vector roots{port.Vertex(Facet::Presence), port.Vertex(Facet::Value)};
+    for (const auto root : roots) {
+        forget(root);
+    }
+    m_graph.Dependents(roots, forget);
+}
+
+void NodeMap::AttachChunks(const std::map<std::uint64_t, ChunkView>& chunksById) {
+    const Operation operation(*this);
+    for (PortNode* port : m_chunkPorts) {
+        port->AttachChunk(chunksById);
+        CheckPort(*port);
+    }
+}
+
+void NodeMap::BytesWritten(PortNode& port, std::int64_t address, std::int64_t length,
+                           const RegisterTarget* by, std::vector<Node*>& changed) {
+    port.Overlapping(address, length, [&](RegisterTarget& target) {
+        if (&target != by && target.ForgetBytes()) {
+            changed.insert(changed.end(), target.Users().begin(), target.Users().end());
+        }
+    });
+}
+
+void AttachChunks(INodeMap& map, const std::map<std::uint64_t, ChunkView>& chunksById) {
+    if (auto* const inner = dynamic_cast<NodeMap*>(&map)) {
+        inner->AttachChunks(chunksById);
+    }
+}
+
+} // namespace Norvane::GenApi

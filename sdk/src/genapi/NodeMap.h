@@ -1,0 +1,136 @@
+#pragma once
+
+#include "base/Mutex.h"
+#include "genapi/Callbacks.h"
+#include "genapi/Graph.h"
+#include "genapi/Node.h"
+#include "norvane/genapi/NodeMapFactory.h"
+
+#include <memory>
+#include <memory_resource>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace Norvane::GenApi {
+
+class PortNode;
+class RegisterTarget;
+
+/// The nodes of one description, their memory and their lock. Built by Loader; afterwards the set of nodes
+/// and their references never change, only what the nodes cache.
+///
+/// One recursive lock covers every operation. Operation enters and leaves it; leaving the outermost one runs
+/// the callbacks of the nodes that changed: those "inside" with the lock still held, then, without it, the
+/// rest.
+class NodeMap final : public INodeMap, public std::enable_shared_from_this<NodeMap> {
+public:
+    NodeMap(std::shared_ptr<IPort> port, const NodeMapOptions& options);
+    ~NodeMap() override;
+
+    INode* GetNode(const gcstring& name) const override;
+    void GetNodes(node_vector& nodes) const override;
+    std::uint64_t GetNumNodes() const override;
+    gcstring GetDeviceName() const override { return m_options.deviceName; }
+    void InvalidateNodes() const override;
+    void Poll(std::int64_t elapsedMs) override;
+
+    void Enter() ACQUIRE(m_mutex);
+    void Leave() noexcept RELEASE(m_mutex);
+    void AttachChunks(const std::map<std::uint64_t, ChunkView>& chunksById);
+    CallbackList& Callbacks() { return m_callbacks; }
+
+    // ---- with the lock held
+
+    const NodeMapOptions& Options() const { return m_options; }
+    /// Grows whenever something cached is forgotten or could not be read, and never repeats.
+    std::uint64_t Epoch() const { return m_epoch; }
+    std::uint64_t NextEpoch() { return ++m_epoch; }
+
+    /// The value of `node` was written: what depends on it is forgotten, itself excepted.
+    void ValueChanged(Node& node);
+    /// As ValueChanged, for all registers whose bytes changed together.
+    void ValuesChanged(const std::vector<Node*>& nodes);
+    /// Forgets the node itself, the registers behind it, and what depends on them.
+    void Refresh(Node& node);
+    /// Takes notice of a port that was opened or closed.
+    void CheckPorts();
+    void CheckPort(PortNode& port);
+
+    void AddChanged(Node& node) { m_callbacks.AddChanged(node); }
+    const Graph& Dependencies() const { return m_graph; }
+    const std::vector<Node*>& Nodes() const { return m_nodes; }
+    const std::vector<Link>& Links() const { return m_links; }
+    /// What is wrong with a broken node.
+    std::string FaultOf(const Node& node) const;
+
+    void BytesWritten(PortNode& port, std::int64_t address, std::int64_t length, const RegisterTarget* by,
+                      std::vector<Node*>& changed);
+
+private:
+    friend class Loader;
+    friend class Node;
+
+    /// False when the device does not answer.
+    bool PollNode(Node& node, std::uint64_t since);
+
+    mutable RecursiveMutex m_mutex;
+    CallbackList m_callbacks;
+    const NodeMapOptions m_options;
+    const std::shared_ptr<IPort> m_port;
+    std::pmr::monotonic_buffer_resource m_arena;
+    std::string m_text;
+    pugi::xml_document m_document;
+    std::vector<Node*> m_nodes; ///< in the description's order; a hidden one has no place in m_byName
+    std::vector<Link> m_links;
+    std::unordered_map<std::string_view, Node*> m_byName;
+    std::unordered_map<const Node*, std::string> m_faults;
+    std::vector<std::unique_ptr<RegisterTarget>> m_targets;
+    std::vector<PortNode*> m_ports;      ///< whose mode can change at any time
+    std::vector<PortNode*> m_chunkPorts; ///< change only when chunks are attached
+    Graph m_graph;
+    std::uint64_t m_epoch = 1;
+
+    struct Polled {
+        Node* node;
+        std::int64_t elapsed;
+    };
+    std::vector<Polled> m_polled;
+};
+
+/// One operation on a map, from the first access to the callbacks that it causes.
+class SCOPED_CAPABILITY Operation {
+public:
+    explicit Operation(NodeMap& map) NO_THREAD_SAFETY_ANALYSIS : m_map(map) { map.Enter(); }
+    ~Operation() NO_THREAD_SAFETY_ANALYSIS { m_map.Leave(); }
+    Operation(const Operation&) = delete;
+    Operation& operator=(const Operation&) = delete;
+
+private:
+    NodeMap& m_map;
+};
+
+template <class Interface>
+gcstring ValueNode<Interface>::ToString(bool verify, bool ignoreCache) {
+    const Operation operation(m_map);
+    RequireReadable();
+    return ToText(verify, ignoreCache);
+}
+
+template <class Interface>
+void ValueNode<Interface>::FromString(const gcstring& text, bool verify) {
+    const Operation operation(m_map);
+    RequireWritable();
+    FromText(text.str(), verify);
+    if (verify) {
+        CheckErrors();
+    }
+}
+
+template <class Interface>
+bool ValueNode<Interface>::IsValueCacheValid() const {
+    const Operation operation(m_map);
+    return ValueCached();
+}
+
+} // namespace Norvane::GenApi

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "genapi/Node.h"
+
+#include <cstdint>
+#include <type_traits>
+#include <vector>
+
+namespace Norvane::GenApi {
+
+/// Where an Integer's, Float's, Boolean's, Enumeration's or Command's number comes from: a constant that is
+/// kept in the node, another node (with copies that are written along), or a choice of both by an index.
+template <class T>
+class NumberSource {
+public:
+    bool LoadElement(Node& owner, Tag tag, pugi::xml_node element, Loader& loader);
+    bool Missing() const { return !m_hasConstant && !m_value && !m_index; }
+    void CollectEdges(Node& owner, EdgeSink& edges) const;
+
+    EAccessMode Presence();
+    bool Locked();
+    T Read(bool fresh);
+    /// Writes to where Read reads from. @return whether the number is kept here, so that the owner itself
+    /// changed.
+    bool Write(T value);
+    /// The node behind the value now; null for a constant. @throws Exception when the index cannot be read or
+    /// has neither entry nor default.
+    Node* Current(bool fresh = false);
+    Node* Direct() const { return m_value; }
+    void SetConstant(T value) {
+        m_constant = value;
+        m_hasConstant = true;
+    }
+
+private:
+    struct Entry {
+        std::int64_t index;
+        T constant;
+        Node* node;
+    };
+    Entry* Find(std::int64_t index);
+    Entry* Chosen(bool fresh);
+
+    T m_constant{};
+    Node* m_value = nullptr;
+    Node* m_index = nullptr;
+    std::vector<Entry> m_entries;
+    std::vector<Node*> m_copies;
+    bool m_hasConstant = false;
+    bool m_hasDefault = false;
+    Entry m_default{};
+};
+
+template <class T>
+T ReadNumber(Node& node, bool fresh) {
+    if constexpr (std::is_same_v<T, double>) {
+        return node.ReadFloat(fresh);
+    } else {
+        return node.ReadInteger(fresh);
+    }
+}
+
+template <class T>
+void WriteNumber(Node& node, T value) {
+    if constexpr (std::is_same_v<T, double>) {
+        node.WriteFloat(value);
+    } else {
+        node.WriteInteger(value);
+    }
+}
+
+extern template class NumberSource<std::int64_t>;
+extern template class NumberSource<double>;
+
+} // namespace Norvane::GenApi

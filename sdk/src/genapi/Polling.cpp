@@ -1,0 +1,48 @@
+// The part of NodeMap that reads polled nodes again.
+#include "genapi/NodeMap.h"
+
+#include "genapi/RegisterCore.h"
+#include "norvane/Exception.h"
+#include "norvane/Log.h"
+
+namespace Norvane::GenApi {
+
+void NodeMap::Poll(std::int64_t elapsedMs) {
+    const Operation operation(*this);
+    CheckPorts();
+    // Registers that several due nodes share are read once.
+    const auto since = NextEpoch();
+    bool reachable = true;
+    for (auto& polled : m_polled) {
+        polled.elapsed += elapsedMs;
+        if (polled.elapsed < polled.node->PollingTime()) {
+            continue;
+        }
+        polled.elapsed = 0;
+        // A device that does not answer would cost one time-out per node.
+        reachable = reachable && PollNode(*polled.node, since);
+    }
+}
+
+bool NodeMap::PollNode(Node& node, std::uint64_t since) {
+    try {
+        if (node.PollingBlocked() || !IsAvailable(node.Presence())) {
+            return true;
+        }
+        if (node.Polls()) {
+            node.PollNow();
+            return true;
+        }
+        for (const auto vertex : m_graph.ContentOf(node.Vertex(Facet::Value), m_nodes)) {
+            if (auto* const registers = m_nodes[vertex / kFacets]->Registers()) {
+                registers->Poll(since);
+            }
+        }
+    } catch (const Exception& error) {
+        Log(LogLevel::Debug, std::string("Polling: ") + error.what());
+        return error.GetError() != Error::Io && error.GetError() != Error::Timeout;
+    }
+    return true;
+}
+
+} // namespace Norvane::GenApi

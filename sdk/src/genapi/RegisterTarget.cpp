@@ -1,0 +1,60 @@
+#include "genapi/RegisterTarget.h"
+
+#include "genapi/Node.h"
+#include "norvane/Exception.h"
+
+namespace Norvane::GenApi {
+
+namespace {
+
+constexpr std::int64_t kLongest = 256 << 20;
+
+std::int64_t WrappingAdd(std::int64_t left, std::int64_t right) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(left) + static_cast<std::uint64_t>(right));
+}
+std::int64_t WrappingMultiply(std::int64_t left, std::int64_t right) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(left) * static_cast<std::uint64_t>(right));
+}
+
+} // namespace
+
+RegisterTarget::RegisterTarget(AddressPlan plan) : m_plan(std::move(plan)) {
+    if (IsStatic()) {
+        m_address = m_plan.constant;
+        m_length = m_plan.length;
+        m_resolved = true;
+    }
+}
+
+void RegisterTarget::Resolve(bool fresh) {
+    if (!m_resolved || (fresh && !IsStatic())) {
+        std::int64_t length = m_plan.length;
+        if (m_plan.lengthNode) {
+            length = m_plan.lengthNode->ReadInteger(fresh);
+        }
+        if (length < 1 || length > kLongest) {
+            throw Exception(Error::GenApiLogical,
+                            "a register of " + std::to_string(length) + " bytes is impossible");
+        }
+        auto address = m_plan.constant;
+        for (const auto& term : m_plan.terms) {
+            const auto value = term.node->ReadInteger(fresh);
+            const auto step = term.offsetNode    ? term.offsetNode->ReadInteger(fresh)
+                              : term.timesLength ? length
+                                                 : term.offset;
+            address = WrappingAdd(address, WrappingMultiply(value, step));
+        }
+        if (address != m_address || length != m_length) {
+            m_epoch = 0;
+            m_seen = false;
+            m_address = address;
+            m_length = length;
+        }
+        m_resolved = true;
+    }
+    if (m_bytes.size() != static_cast<std::size_t>(m_length)) {
+        m_bytes.assign(static_cast<std::size_t>(m_length), 0);
+    }
+}
+
+} // namespace Norvane::GenApi

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace Norvane::GenApi {
+
+class Node;
+class PortNode;
+
+/// How an address and a length come about: a constant, plus values of nodes, plus indices times offsets.
+struct AddressPlan {
+    struct Term {
+        Node* node = nullptr;
+        Node* offsetNode = nullptr;
+        std::int64_t offset = 1;
+        bool isIndex = false;
+        bool timesLength = false; ///< an index without an offset steps by the register's length
+
+        bool operator==(const Term&) const = default;
+    };
+    PortNode* port = nullptr;
+    std::int64_t constant = 0;
+    std::vector<Term> terms;
+    std::int64_t length = 0;
+    Node* lengthNode = nullptr;
+    bool hasAddress = false;
+    bool hasLength = false;
+
+    bool operator==(const AddressPlan&) const = default;
+};
+
+/// The bytes at one address of one port, shared by all register nodes that are described by the same plan.
+/// Owned by the node map, guarded by its lock.
+class RegisterTarget {
+public:
+    explicit RegisterTarget(AddressPlan plan);
+
+    const AddressPlan& Plan() const { return m_plan; }
+    PortNode& Port() const { return *m_plan.port; }
+    bool IsStatic() const { return m_plan.terms.empty() && !m_plan.lengthNode; }
+    bool Resolved() const { return m_resolved; }
+    std::int64_t Address() const { return m_address; }
+    std::int64_t Length() const { return m_length; }
+
+    /// Calculates address and length. A new address makes the bytes unknown. `fresh` reads the nodes of the
+    /// address past their caches. @throws Exception when one of them cannot be read or the length is absurd.
+    void Resolve(bool fresh);
+    void Unresolve() { m_resolved = m_resolved && IsStatic(); }
+
+    std::uint8_t* Bytes() { return m_bytes.data(); }
+    /// The epoch at which the bytes were last known to be the port's; 0 when they are not.
+    std::uint64_t Epoch() const { return m_epoch; }
+    void SetEpoch(std::uint64_t epoch) {
+        m_epoch = epoch;
+        m_seen = m_seen || epoch;
+    }
+    void Seen() { m_seen = true; }
+    /// Whether the bytes were ever the port's at this address.
+    bool WasSeen() const { return m_seen; }
+    bool ForgetBytes() {
+        m_epoch = 0;
+        return true;
+    }
+
+    std::vector<Node*>& Users() { return m_users; }
+    bool m_anyUncachable = false; ///< a user that is not cached, or not after writing
+
+private:
+    const AddressPlan m_plan;
+    std::int64_t m_address = 0;
+    std::int64_t m_length = 0;
+    std::uint64_t m_epoch = 0;
+    std::vector<std::uint8_t> m_bytes;
+    std::vector<Node*> m_users;
+    bool m_resolved = false;
+    bool m_seen = false;
+};
+
+} // namespace Norvane::GenApi
