@@ -1,80 +1,144 @@
 #include "imaging/ColorRows.h"
 
-#include <algorithm>
 #include <limits>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imaging/ColorRows.cpp"
+#include "hwy/foreach_target.h"
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Norvane::Imaging::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Each loop does whole vectors and says how far it came; the rest of a row is left to the caller.
+
+template <class T>
+std::size_t Swap(const T* in, std::size_t pixels, T* out) {
+    const hn::ScalableTag<T> d;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
+        hn::Vec<decltype(d)> a, b, c;
+        hn::LoadInterleaved3(d, in + 3 * i, a, b, c);
+        hn::StoreInterleaved3(c, b, a, d, out + 3 * i);
+    }
+    return i;
+}
+
+template <class T>
+std::size_t Repeat(const T* in, std::size_t pixels, T* out) {
+    const hn::ScalableTag<T> d;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
+        const auto v = hn::LoadU(d, in + i);
+        hn::StoreInterleaved3(v, v, v, d, out + 3 * i);
+    }
+    return i;
+}
+
+template <class T>
+std::size_t Luma(const T* in, std::size_t pixels, T* out) {
+    const hn::ScalableTag<std::uint32_t> d32;
+    const hn::RebindToSigned<decltype(d32)> di;
+    const hn::Rebind<T, decltype(d32)> d;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
+        hn::Vec<decltype(d)> blue, green, red;
+        hn::LoadInterleaved3(d, in + 3 * i, blue, green, red);
+        const auto times = [&](auto v, std::uint32_t share)
+                               HWY_ATTR { return hn::Mul(hn::PromoteTo(d32, v), hn::Set(d32, share)); };
+        const auto sum = hn::Add(hn::Add(times(blue, 7471), times(green, 38470)),
+                                 hn::Add(times(red, 19595), hn::Set(d32, 32768)));
+        hn::StoreU(hn::DemoteTo(d, hn::BitCast(di, hn::ShiftRight<16>(sum))), d, out + i);
+    }
+    return i;
+}
+
+template <class T>
+std::size_t ThreeToFour(const T* in, std::size_t pixels, T* out) {
+    const hn::ScalableTag<T> d;
+    const auto opaque = hn::Set(d, std::numeric_limits<T>::max());
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
+        hn::Vec<decltype(d)> a, b, c;
+        hn::LoadInterleaved3(d, in + 3 * i, a, b, c);
+        hn::StoreInterleaved4(a, b, c, opaque, d, out + 4 * i);
+    }
+    return i;
+}
+
+template <class T>
+std::size_t FourToThree(const T* in, std::size_t pixels, T* out) {
+    const hn::ScalableTag<T> d;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
+        hn::Vec<decltype(d)> a, b, c, alpha;
+        hn::LoadInterleaved4(d, in + 4 * i, a, b, c, alpha);
+        hn::StoreInterleaved3(a, b, c, d, out + 3 * i);
+    }
+    return i;
+}
+
+#define NORVANE_ROWS(Name)                                                                                   \
+    std::size_t Name##8(const std::uint8_t* in, std::size_t n, std::uint8_t* out) {                          \
+        return Name(in, n, out);                                                                             \
+    }                                                                                                        \
+    std::size_t Name##16(const std::uint16_t* in, std::size_t n, std::uint16_t* out) {                       \
+        return Name(in, n, out);                                                                             \
+    }
+NORVANE_ROWS(Swap)
+NORVANE_ROWS(Repeat)
+NORVANE_ROWS(Luma)
+NORVANE_ROWS(ThreeToFour)
+NORVANE_ROWS(FourToThree)
+#undef NORVANE_ROWS
+
+} // namespace Norvane::Imaging::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
 namespace Norvane::Imaging {
 namespace {
 
-/// Positions of luma and chroma in a group of pixels.
-struct Positions {
-    unsigned pixels, components, luma[4], cb, cr;
-};
-
-Positions PositionsOf(Components components) {
-    switch (components) {
-    case Components::CbYCr:
-        return {1, 3, {1}, 0, 2};
-    case Components::YCbYCr:
-        return {2, 4, {0, 2}, 1, 3};
-    case Components::CbYCrY:
-        return {2, 4, {1, 3}, 0, 2};
-    case Components::YYCbYYCr:
-        return {4, 6, {0, 1, 3, 4}, 2, 5};
-    case Components::CbYYCrYY:
-        return {4, 6, {1, 2, 4, 5}, 0, 3};
-    default:
-        return {1, 3, {0}, 1, 2};
+#define NORVANE_ROWS(Name)                                                                                   \
+    HWY_EXPORT(Name##8);                                                                                     \
+    HWY_EXPORT(Name##16);                                                                                    \
+    std::size_t Name(const std::uint8_t* in, std::size_t n, std::uint8_t* out) {                             \
+        return HWY_DYNAMIC_DISPATCH(Name##8)(in, n, out);                                                    \
+    }                                                                                                        \
+    std::size_t Name(const std::uint16_t* in, std::size_t n, std::uint16_t* out) {                           \
+        return HWY_DYNAMIC_DISPATCH(Name##16)(in, n, out);                                                   \
     }
-}
-
-/// Red, green and blue as multiples of luma and chroma in units of 2^-14, for the target's full range.
-struct Factors {
-    std::int64_t luma, crRed, cbGreen, crGreen, cbBlue;
-    std::int64_t black;
-};
-
-Factors FactorsOf(ColorMatrix matrix, unsigned bits, double targetMax) {
-    const double kr = matrix == ColorMatrix::Studio709 ? 0.2126 : 0.299;
-    const double kb = matrix == ColorMatrix::Studio709 ? 0.0722 : 0.114;
-    const bool studio = matrix != ColorMatrix::Full601;
-    const double unit = static_cast<double>(1U << (bits - 8));
-    const double lumaRange = studio ? 219 * unit : 256 * unit - 1;
-    const double chromaRange = studio ? 224 * unit : 256 * unit - 1;
-    const double one = 16384 * targetMax;
-    const auto fixed = [](double value) {
-        return static_cast<std::int64_t>(value < 0 ? value - 0.5 : value + 0.5);
-    };
-    return {fixed(one / lumaRange),
-            fixed(one / chromaRange * 2 * (1 - kr)),
-            fixed(-one / chromaRange * 2 * (1 - kb) * kb / (1 - kr - kb)),
-            fixed(-one / chromaRange * 2 * (1 - kr) * kr / (1 - kr - kb)),
-            fixed(one / chromaRange * 2 * (1 - kb)),
-            studio ? std::int64_t{16} << (bits - 8) : 0};
-}
+NORVANE_ROWS(Swap)
+NORVANE_ROWS(Repeat)
+NORVANE_ROWS(Luma)
+NORVANE_ROWS(ThreeToFour)
+NORVANE_ROWS(FourToThree)
+#undef NORVANE_ROWS
 
 } // namespace
 
 template <class T>
 void SwapRedBlue(const T* in, std::size_t pixels, T* out) {
-    for (std::size_t i = 0; i < 3 * pixels; i += 3) {
-        const T first = in[i], second = in[i + 1], third = in[i + 2];
-        out[i] = third;
-        out[i + 1] = second;
-        out[i + 2] = first;
+    for (std::size_t i = Swap(in, pixels, out); i < pixels; ++i) {
+        const T first = in[3 * i], second = in[3 * i + 1], third = in[3 * i + 2];
+        out[3 * i] = third;
+        out[3 * i + 1] = second;
+        out[3 * i + 2] = first;
     }
 }
 
 template <class T>
 void GreyToBgr(const T* in, std::size_t pixels, T* out) {
-    for (std::size_t i = 0; i < pixels; ++i) {
+    for (std::size_t i = Repeat(in, pixels, out); i < pixels; ++i) {
         out[3 * i] = out[3 * i + 1] = out[3 * i + 2] = in[i];
     }
 }
 
 template <class T>
 void BgrToGrey(const T* in, std::size_t pixels, T* out) {
-    for (std::size_t i = 0; i < pixels; ++i) {
+    for (std::size_t i = Luma(in, pixels, out); i < pixels; ++i) {
         out[i] = static_cast<T>(
             (7471U * in[3 * i] + 38470U * in[3 * i + 1] + 19595U * in[3 * i + 2] + 32768U) >> 16);
     }
@@ -82,7 +146,7 @@ void BgrToGrey(const T* in, std::size_t pixels, T* out) {
 
 template <class T>
 void AppendAlpha(const T* in, std::size_t pixels, T* out) {
-    for (std::size_t i = 0; i < pixels; ++i) {
+    for (std::size_t i = ThreeToFour(in, pixels, out); i < pixels; ++i) {
         out[4 * i] = in[3 * i];
         out[4 * i + 1] = in[3 * i + 1];
         out[4 * i + 2] = in[3 * i + 2];
@@ -92,30 +156,10 @@ void AppendAlpha(const T* in, std::size_t pixels, T* out) {
 
 template <class T>
 void DropAlpha(const T* in, std::size_t pixels, T* out) {
-    for (std::size_t i = 0; i < pixels; ++i) {
+    for (std::size_t i = FourToThree(in, pixels, out); i < pixels; ++i) {
         out[3 * i] = in[4 * i];
         out[3 * i + 1] = in[4 * i + 1];
         out[3 * i + 2] = in[4 * i + 2];
-    }
-}
-
-template <class T>
-void YcbcrToBgr(const std::uint16_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
-                unsigned bits, T* out) {
-    const Positions at = PositionsOf(components);
-    const std::int64_t top = std::numeric_limits<T>::max();
-    const Factors f = FactorsOf(matrix, bits, static_cast<double>(top));
-    const std::int64_t middle = std::int64_t{1} << (bits - 1);
-    const auto clamp = [&](std::int64_t value) {
-        return static_cast<T>(std::clamp<std::int64_t>((value + 8192) >> 14, 0, top));
-    };
-    for (std::size_t i = 0; i < pixels; ++i) {
-        const std::uint16_t* group = in + i / at.pixels * at.components;
-        const std::int64_t luma = (group[at.luma[i % at.pixels]] - f.black) * f.luma;
-        const std::int64_t cb = group[at.cb] - middle, cr = group[at.cr] - middle;
-        out[3 * i] = clamp(luma + cb * f.cbBlue);
-        out[3 * i + 1] = clamp(luma + cb * f.cbGreen + cr * f.crGreen);
-        out[3 * i + 2] = clamp(luma + cr * f.crRed);
     }
 }
 
@@ -124,10 +168,10 @@ void YcbcrToBgr(const std::uint16_t* in, std::size_t pixels, Components componen
     template void GreyToBgr(const T*, std::size_t, T*);                                                      \
     template void BgrToGrey(const T*, std::size_t, T*);                                                      \
     template void AppendAlpha(const T*, std::size_t, T*);                                                    \
-    template void DropAlpha(const T*, std::size_t, T*);                                                      \
-    template void YcbcrToBgr(const std::uint16_t*, std::size_t, Components, ColorMatrix, unsigned, T*);
+    template void DropAlpha(const T*, std::size_t, T*);
 NORVANE_INSTANCES(std::uint8_t)
 NORVANE_INSTANCES(std::uint16_t)
 #undef NORVANE_INSTANCES
 
 } // namespace Norvane::Imaging
+#endif

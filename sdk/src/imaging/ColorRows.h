@@ -1,7 +1,5 @@
 #pragma once
 
-#include "imaging/PixelFormats.h"
-
 #include <cstddef>
 #include <cstdint>
 
@@ -29,10 +27,5 @@ void AppendAlpha(const T* in, std::size_t pixels, T* out);
 /// Drops the fourth sample of each pixel.
 template <class T>
 void DropAlpha(const T* in, std::size_t pixels, T* out);
-
-/// Luma and chroma of `bits` bits, in the order that `components` names, to full-scale Bgr.
-template <class T>
-void YcbcrToBgr(const std::uint16_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
-                unsigned bits, T* out);
 
 } // namespace Norvane::Imaging

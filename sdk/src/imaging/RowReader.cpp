@@ -1,6 +1,7 @@
 #include "imaging/RowReader.h"
 
 #include "imaging/ColorRows.h"
+#include "imaging/LumaChroma.h"
 #include "imaging/Scratch.h"
 #include "imaging/Unpack.h"
 
@@ -66,9 +67,15 @@ void RowReader::ReadColor(std::size_t y, T* out) const {
     }
     const PackedSamples samples = SamplesOfRow(m_view, *m_layout, y);
     if (IsLumaChroma(m_layout->components)) {
-        auto* numbers = scratch.Take<std::uint16_t>(count);
-        UnpackNumbers(samples, count, numbers);
-        YcbcrToBgr(numbers, width, m_layout->components, m_layout->matrix, samples.bits, out);
+        if constexpr (sizeof(T) == 1) {
+            auto* bytes = scratch.Take<std::uint8_t>(count);
+            UnpackFullScale(samples, count, bytes);
+            LumaChromaToBgr(bytes, width, m_layout->components, m_layout->matrix, out);
+        } else {
+            auto* numbers = scratch.Take<std::uint16_t>(count);
+            UnpackNumbers(samples, count, numbers);
+            LumaChromaToBgr(numbers, width, m_layout->components, m_layout->matrix, samples.bits, out);
+        }
         return;
     }
     T* row = out;

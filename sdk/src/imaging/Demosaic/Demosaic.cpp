@@ -1,6 +1,7 @@
 #include "imaging/Demosaic/Demosaic.h"
 
 #include "imaging/ColorRows.h"
+#include "imaging/Demosaic/BandMethods.h"
 #include "imaging/Demosaic/Lines.h"
 #include "imaging/Demosaic/WindowKernels.h"
 
@@ -48,6 +49,16 @@ void DemosaicRows(ColorProcessingAlgorithm algorithm, const MosaicShape& shape, 
         return WindowRows(NearestRow<T>, 1, shape, source, sink, first, last);
     case NEAREST_NEIGHBOR_AVG:
         return WindowRows(NearestAverageRow<T>, 1, shape, source, sink, first, last);
+    case HQ_LINEAR:
+        return WindowRows(HqLinearRow<T>, 2, shape, source, sink, first, last);
+    case EDGE_SENSING:
+        return EdgeSensingRows<T>({shape, source, sink, first, last});
+    case RIGOROUS:
+        return RigorousRows<T>({shape, source, sink, first, last});
+    case DIRECTIONAL_FILTER:
+        return DirectionalRows<T>({shape, source, sink, first, last});
+    case WEIGHTED_DIRECTIONAL_FILTER:
+        return WeightedDirectionalRows<T>({shape, source, sink, first, last});
     default:
         return WindowRows(BilinearRow<T>, 1, shape, source, sink, first, last);
     }

@@ -22,5 +22,8 @@ void NearestAverageRow(const WindowRow<T>& row);
 /// Rounded mean of the two or four nearest samples of each colour.
 template <class T>
 void BilinearRow(const WindowRow<T>& row);
+/// Linear filters of five by five samples that use the gradient of the colour present.
+template <class T>
+void HqLinearRow(const WindowRow<T>& row);
 
 } // namespace Norvane::Imaging

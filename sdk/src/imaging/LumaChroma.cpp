@@ -1,0 +1,159 @@
+#include "imaging/LumaChroma.h"
+
+#include "imaging/Scratch.h"
+
+#include <algorithm>
+#include <limits>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imaging/LumaChroma.cpp"
+#include "hwy/foreach_target.h"
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Norvane::Imaging::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+std::size_t MatrixRow(const std::uint8_t* luma, const std::uint8_t* cb, const std::uint8_t* cr,
+                      std::size_t pixels, const LumaChromaFactors& f, std::uint8_t* out) {
+    const hn::ScalableTag<std::int32_t> d;
+    const hn::Rebind<std::uint8_t, decltype(d)> d8;
+    const auto factor = [&](std::int64_t v) HWY_ATTR { return hn::Set(d, static_cast<std::int32_t>(v)); };
+    const auto black = factor(f.black), lumaFactor = factor(f.luma), cbBlue = factor(f.cbBlue),
+               cbGreen = factor(f.cbGreen), crGreen = factor(f.crGreen), crRed = factor(f.crRed),
+               middle = factor(128), half = factor(8192);
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
+        const auto load = [&](const std::uint8_t* from)
+                              HWY_ATTR { return hn::PromoteTo(d, hn::LoadU(d8, from + i)); };
+        const auto base = hn::Add(hn::Mul(hn::Sub(load(luma), black), lumaFactor), half);
+        const auto blueness = hn::Sub(load(cb), middle), redness = hn::Sub(load(cr), middle);
+        const auto down = [&](auto v) HWY_ATTR { return hn::DemoteTo(d8, hn::ShiftRight<14>(v)); };
+        hn::StoreInterleaved3(
+            down(hn::Add(base, hn::Mul(blueness, cbBlue))),
+            down(hn::Add(base, hn::Add(hn::Mul(blueness, cbGreen), hn::Mul(redness, crGreen)))),
+            down(hn::Add(base, hn::Mul(redness, crRed))), d8, out + 3 * i);
+    }
+    return i;
+}
+
+/// Four components for two pixels, chroma repeated; returns how many groups.
+std::size_t SplitGroups(const std::uint8_t* in, std::size_t groups, bool lumaFirst, std::uint8_t* luma,
+                        std::uint8_t* cb, std::uint8_t* cr) {
+    const hn::ScalableTag<std::uint8_t> d;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= groups; i += hn::Lanes(d)) {
+        hn::Vec<decltype(d)> a, b, c, e;
+        hn::LoadInterleaved4(d, in + 4 * i, a, b, c, e);
+        const auto firstCb = lumaFirst ? b : a, firstCr = lumaFirst ? e : c;
+        hn::StoreInterleaved2(lumaFirst ? a : b, lumaFirst ? c : e, d, luma + 2 * i);
+        hn::StoreInterleaved2(firstCb, firstCb, d, cb + 2 * i);
+        hn::StoreInterleaved2(firstCr, firstCr, d, cr + 2 * i);
+    }
+    return i;
+}
+
+} // namespace Norvane::Imaging::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Norvane::Imaging {
+namespace {
+
+HWY_EXPORT(MatrixRow);
+HWY_EXPORT(SplitGroups);
+
+/// Positions of luma and chroma in a group of pixels.
+struct Positions {
+    unsigned pixels, components, luma[4], cb, cr;
+};
+
+Positions PositionsOf(Components components) {
+    switch (components) {
+    case Components::CbYCr:
+        return {1, 3, {1}, 0, 2};
+    case Components::YCbYCr:
+        return {2, 4, {0, 2}, 1, 3};
+    case Components::CbYCrY:
+        return {2, 4, {1, 3}, 0, 2};
+    case Components::YYCbYYCr:
+        return {4, 6, {0, 1, 3, 4}, 2, 5};
+    case Components::CbYYCrYY:
+        return {4, 6, {1, 2, 4, 5}, 0, 3};
+    default:
+        return {1, 3, {0}, 1, 2};
+    }
+}
+
+// Recommendations ITU-R BT.601 and BT.709: luma's share of red and blue, and for the studio range 219 steps
+// of luma above 16 and 224 of chroma, times 2^(bits - 8).
+LumaChromaFactors FactorsOf(ColorMatrix matrix, unsigned bits, double top) {
+    const double red = matrix == ColorMatrix::Studio709 ? 0.2126 : 0.299;
+    const double blue = matrix == ColorMatrix::Studio709 ? 0.0722 : 0.114;
+    const double green = 1 - red - blue;
+    const bool studio = matrix != ColorMatrix::Full601;
+    const double unit = static_cast<double>(1U << (bits - 8));
+    const double luma = 16384 * top / (studio ? 219 * unit : 256 * unit - 1);
+    const double chroma = 16384 * top / (studio ? 224 * unit : 256 * unit - 1);
+    const auto fixed = [](double v) { return static_cast<std::int64_t>(v < 0 ? v - 0.5 : v + 0.5); };
+    return {studio ? std::int64_t{16} << (bits - 8) : 0,
+            fixed(luma),
+            fixed(chroma * 2 * (1 - blue)),
+            fixed(-chroma * 2 * (1 - blue) * blue / green),
+            fixed(-chroma * 2 * (1 - red) * red / green),
+            fixed(chroma * 2 * (1 - red))};
+}
+
+template <class T>
+void MatrixPixel(std::int64_t luma, std::int64_t cb, std::int64_t cr, const LumaChromaFactors& f, T* out) {
+    const std::int64_t base = (luma - f.black) * f.luma + 8192;
+    const auto clamp = [](std::int64_t v) {
+        return static_cast<T>(std::clamp<std::int64_t>(v >> 14, 0, std::numeric_limits<T>::max()));
+    };
+    out[0] = clamp(base + cb * f.cbBlue);
+    out[1] = clamp(base + cb * f.cbGreen + cr * f.crGreen);
+    out[2] = clamp(base + cr * f.crRed);
+}
+
+} // namespace
+
+void LumaChromaToBgr(const std::uint8_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
+                     std::uint8_t* out) {
+    const Positions at = PositionsOf(components);
+    const LumaChromaFactors f = FactorsOf(matrix, 8, 255);
+    const std::size_t groups = (pixels + at.pixels - 1) / at.pixels;
+    Scratch scratch;
+    auto* luma = scratch.Take<std::uint8_t>(groups * at.pixels);
+    auto* cb = scratch.Take<std::uint8_t>(groups * at.pixels);
+    auto* cr = scratch.Take<std::uint8_t>(groups * at.pixels);
+    std::size_t group = 0;
+    if (at.components == 4) {
+        group = HWY_DYNAMIC_DISPATCH(SplitGroups)(in, groups, at.luma[0] == 0, luma, cb, cr);
+    }
+    for (; group < groups; ++group) {
+        const std::uint8_t* from = in + group * at.components;
+        for (std::size_t i = 0; i < at.pixels; ++i) {
+            luma[group * at.pixels + i] = from[at.luma[i]];
+            cb[group * at.pixels + i] = from[at.cb];
+            cr[group * at.pixels + i] = from[at.cr];
+        }
+    }
+    for (std::size_t i = HWY_DYNAMIC_DISPATCH(MatrixRow)(luma, cb, cr, pixels, f, out); i < pixels; ++i) {
+        MatrixPixel(luma[i], cb[i] - 128, cr[i] - 128, f, out + 3 * i);
+    }
+}
+
+void LumaChromaToBgr(const std::uint16_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
+                     unsigned bits, std::uint16_t* out) {
+    const Positions at = PositionsOf(components);
+    const LumaChromaFactors f = FactorsOf(matrix, bits, 65535);
+    const std::int64_t middle = std::int64_t{1} << (bits - 1);
+    for (std::size_t i = 0; i < pixels; ++i) {
+        const std::uint16_t* from = in + i / at.pixels * at.components;
+        MatrixPixel(from[at.luma[i % at.pixels]], from[at.cb] - middle, from[at.cr] - middle, f, out + 3 * i);
+    }
+}
+
+} // namespace Norvane::Imaging
+#endif

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "imaging/PixelFormats.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Norvane::Imaging {
+
+/// Blue, green and red as multiples of luma and chroma, in units of 2^-14.
+struct LumaChromaFactors {
+    std::int64_t black, luma, cbBlue, cbGreen, crGreen, crRed;
+};
+
+/// Turns one row of luma and chroma into blue, green and red in turn, `pixels` of each. `in` holds the row's
+/// components in the order that `components` names, of which a chroma sample serves all pixels of its group.
+/// The result is rounded, to 8 or 16 bits full scale.
+void LumaChromaToBgr(const std::uint8_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
+                     std::uint8_t* out);
+/// The same from samples of `bits` bits.
+void LumaChromaToBgr(const std::uint16_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
+                     unsigned bits, std::uint16_t* out);
+
+} // namespace Norvane::Imaging
