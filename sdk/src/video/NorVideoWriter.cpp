@@ -1,0 +1,81 @@
+#include "video/NorVideoWriter.h"
+
+#include "video/FfmpegError.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <utility>
+
+namespace Norvane::Video {
+
+NorVideo::Writer::Writer(std::string name, const VideoFormat& format, std::int64_t maximumBytes)
+    : m_name(std::move(name)), m_format(format), m_maximumBytes(maximumBytes),
+      m_isNumbered(maximumBytes > 0) {
+    RouteFfmpegLog();
+    m_container = std::make_unique<Container>(NextFileName(), m_format);
+}
+
+NorVideo::Writer::~Writer() {
+    try {
+        Close();
+    } catch (const Exception&) {
+        // Nobody is left to hear of it; the file plays up to what was written.
+    }
+}
+
+std::string NorVideo::Writer::NextFileName() {
+    const char* extension = m_format.codec == Codec::H264 ? ".mp4" : ".avi";
+    if (!m_isNumbered) {
+        return m_name + extension;
+    }
+    std::array<char, 16> number{};
+    std::snprintf(number.data(), number.size(), "-%04d", m_part++);
+    return m_name + number.data() + extension;
+}
+
+void NorVideo::Writer::Start(const ImagePtr& first) {
+    m_pixels.emplace(first, m_format.width, m_format.height);
+    m_encoder = Encoder::Create(m_format, m_pixels->IsGrey());
+    m_container->WriteHeader(*m_encoder);
+}
+
+void NorVideo::Writer::Append(const ImagePtr& image) {
+    if (!m_encoder) {
+        Start(image);
+    }
+    m_encoder->Encode(m_pixels->Take(image), m_frames, [this](AVPacket& packet) { Store(packet); });
+    ++m_frames;
+}
+
+bool NorVideo::Writer::PartIsFull(const AVPacket& packet) const {
+    if (m_maximumBytes <= 0 || !(packet.flags & AV_PKT_FLAG_KEY)) {
+        return false;
+    }
+    const std::int64_t next = std::max<std::int64_t>(packet.size, m_groupBytes + m_groupBytes / 2);
+    return m_container->Bytes() + next + m_container->BytesToFinish() > m_maximumBytes;
+}
+
+void NorVideo::Writer::Store(AVPacket& packet) {
+    if (m_groupBytes > 0 && PartIsFull(packet)) {
+        m_isNumbered = true;
+        m_container->Close();
+        m_container = std::make_unique<Container>(NextFileName(), m_format);
+        m_container->WriteHeader(*m_encoder);
+    }
+    m_groupBytes = (packet.flags & AV_PKT_FLAG_KEY) ? packet.size : m_groupBytes + packet.size;
+    m_container->Write(packet);
+}
+
+void NorVideo::Writer::Close() {
+    if (!m_container) {
+        return;
+    }
+    const std::unique_ptr<Container> container = std::move(m_container);
+    if (m_encoder) {
+        m_encoder->Finish([&](AVPacket& packet) { container->Write(packet); });
+    }
+    container->Close();
+}
+
+} // namespace Norvane::Video
