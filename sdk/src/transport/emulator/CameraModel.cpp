@@ -31,6 +31,13 @@ CameraModel::CameraModel(const CameraSettings& camera, const InterfaceSettings& 
     AddImageFormatControl(builder, *this);
     AddAcquisitionControl(builder, *this);
     AddAnalogControl(builder, *this);
+    AddLutControl(builder, *this);
+    AddDigitalIOControl(builder, *this);
+    AddCounterAndTimerControl(builder, *this);
+    AddEventControl(builder, *this);
+    AddChunkDataControl(builder, *this);
+    AddInferenceControl(builder, *this);
+    AddFileAccessControl(builder, *this);
     AddUserSetControl(builder, *this);
     AddTransportLayerControl(builder, *this);
     m_description = xml.Text(camera.vendor, camera.model, "1.0.0");
@@ -107,6 +114,13 @@ void CameraModel::Apply(const CameraSettings& camera, const InterfaceSettings& i
         }
         m_bank.TouchImaging();
     }
+    if (camera.inference != before.inference) {
+        ApplyInference(*this);
+    }
+    if (camera.fileBufferSize != before.fileBufferSize ||
+        camera.fileLengthWritable != before.fileLengthWritable) {
+        ApplyFileSettings(*this);
+    }
     if (onWake) {
         onWake();
     }
@@ -165,10 +179,45 @@ void CameraModel::StopAcquisition() {
     }
 }
 
-void CameraModel::AfterImage(std::uint64_t, std::int64_t) {
-    if (!m_acquisition.IsActive()) {
+void CameraModel::AfterImage(std::uint64_t frameId, std::int64_t timestampNs) {
+    const bool last = !m_acquisition.IsActive();
+    CountImage(*this);
+    NoteEvents(*this, frameId, timestampNs, last);
+    FollowAutomatics();
+    if (last) {
         StopAcquisition();
     }
+}
+
+void CameraModel::FollowAutomatics() {
+    // Each image brings the setting a good part nearer to the scene's natural look; one close to it is there.
+    const auto approach = [](double from, double to) {
+        const double next = from + (to - from) * 0.5;
+        return std::abs(next - to) < 0.02 * to + 0.05 ? to : next;
+    };
+    const auto follow = [&](const char* automatic, auto&& step) {
+        const std::int64_t mode = m_bank.Int(automatic);
+        if (mode != 0 && step() && mode == 1) {
+            m_bank.SetInt(automatic, 0);
+        }
+    };
+    follow("ExposureAuto", [&] {
+        const double wanted = NaturalExposureUs(m_camera.frameRate);
+        m_bank.SetInt("ExposureTicks", std::lround(approach(ExposureUs(), wanted) * 100.0));
+        return std::abs(ExposureUs() - wanted) < 0.01;
+    });
+    follow("GainAuto", [&] {
+        m_bank.SetInt("GainTenths", m_bank.Int("GainTenths") / 2);
+        return m_bank.Int("GainTenths") == 0;
+    });
+    follow("BalanceWhiteAuto", [&] {
+        bool balanced = true;
+        for (std::size_t i = 0; i < 3; ++i) {
+            m_bank.SetReal("BalanceRatio", approach(m_bank.Real("BalanceRatio", i), 1.0), i);
+            balanced = balanced && m_bank.Real("BalanceRatio", i) == 1.0;
+        }
+        return balanced;
+    });
 }
 
 double CameraModel::ExposureUs() const {
@@ -213,27 +262,55 @@ std::shared_ptr<const ImageSettings> CameraModel::CurrentImageSettings() {
     settings->format = FindEmulatedFormat(number("PixelFormat"));
     settings->pattern = static_cast<TestPattern>(m_bank.Int("TestPattern"));
     settings->title = m_camera.model + "  " + m_camera.serial;
-    double gain = ExposureUs() / NaturalExposureUs(m_camera.frameRate) *
-                  std::pow(10.0, static_cast<double>(m_bank.Int("GainTenths")) / 200.0);
-    gain *= m_bank.Int("BinningHorizontalMode") == 0 ? number("BinningHorizontal") : 1.0;
-    gain *= m_bank.Int("BinningVerticalMode") == 0 ? number("BinningVertical") : 1.0;
-    settings->tone.gain = {gain, gain, gain};
+    settings->tone = CurrentTone();
     m_imageGeneration = m_bank.ImagingGeneration();
     m_imageSettings = std::move(settings);
     return m_imageSettings;
 }
 
+ToneSettings CameraModel::CurrentTone() const {
+    ToneSettings tone;
+    const auto decibels = [&](std::size_t index) {
+        return static_cast<double>(m_bank.Int("GainTenths", index)) / 10.0;
+    };
+    double common = ExposureUs() / NaturalExposureUs(m_camera.frameRate);
+    common *=
+        m_bank.Int("BinningHorizontalMode") == 0 ? static_cast<double>(m_bank.Int("BinningHorizontal")) : 1.0;
+    common *=
+        m_bank.Int("BinningVerticalMode") == 0 ? static_cast<double>(m_bank.Int("BinningVertical")) : 1.0;
+    const bool color = m_bank.Int("SensorFilter") != 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        tone.gain[i] = common * std::pow(10.0, (decibels(0) + (color ? decibels(i + 1) : 0.0)) / 20.0) *
+                       (color ? m_bank.Real("BalanceRatio", i) : 1.0);
+    }
+    tone.black = m_bank.Real("BlackLevel") / 100.0;
+    tone.gamma = m_bank.Int("GammaEnable") ? m_bank.Real("Gamma") : 1.0;
+    if (m_bank.Int("LUTEnable")) {
+        tone.lut.resize(kLutEntries);
+        for (std::size_t i = 0; i < kLutEntries; ++i) {
+            tone.lut[i] = static_cast<std::uint16_t>(std::min<std::int64_t>(m_bank.Int("LUTTable", i), 4095) *
+                                                     65535 / 4095);
+        }
+    }
+    return tone;
+}
+
 std::size_t CameraModel::PayloadSize() {
     const auto settings = CurrentImageSettings();
-    return settings->ImageBytes();
+    return settings->ImageBytes() + (ChunksActive() ? ChunkLayout::Size(ChunksOf(*settings, 0, 0, 0.0)) : 0);
 }
 
 bool CameraModel::ChunksActive() const {
-    return m_bank.Has("ChunkModeActive") && m_bank.Int("ChunkModeActive");
+    return m_bank.Int("ChunkModeActive") != 0;
 }
 
-ChunkLayout::Chunks CameraModel::ChunksOf(const ImageSettings&, std::uint64_t, std::int64_t) const {
-    return {};
+ChunkLayout::Chunks CameraModel::ChunksOf(const ImageSettings& image, std::uint64_t frameId,
+                                          std::int64_t timestampNs, double seconds) const {
+    return BuildChunks(*this, image, frameId, timestampNs, seconds);
+}
+
+std::uint64_t CameraModel::MacAddress() const {
+    return 0x020000000000U | (HashOf(m_camera.serial) & 0xFFFFFFFFFFU);
 }
 
 double CameraModel::Temperature(std::size_t sensor) const {

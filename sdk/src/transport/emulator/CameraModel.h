@@ -60,8 +60,9 @@ public:
     std::size_t PayloadSize();
     bool ChunksActive() const;
     /// The chunks of an image, in the order of the payload.
-    ChunkLayout::Chunks ChunksOf(const ImageSettings& image, std::uint64_t frameId,
-                                 std::int64_t timestampNs) const;
+    ChunkLayout::Chunks ChunksOf(const ImageSettings& image, std::uint64_t frameId, std::int64_t timestampNs,
+                                 double seconds) const;
+    std::uint64_t MacAddress() const;
 
     // What stays.
     Flash& Store() { return *m_flash; }
@@ -79,6 +80,8 @@ public:
 
 private:
     void ApplySensor(bool keepFormat);
+    void FollowAutomatics();
+    ToneSettings CurrentTone() const;
 
     CameraSettings m_camera;
     InterfaceSettings m_interface;

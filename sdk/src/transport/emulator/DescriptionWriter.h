@@ -17,7 +17,9 @@ public:
     const std::string& Name() const { return m_name; }
     const std::string& Type() const { return m_type; }
     XmlNode& Add(std::string_view element, std::string_view text, std::string_view attributes = {});
-    XmlNode& Add(std::string_view element, std::int64_t value) { return Add(element, std::to_string(value)); }
+    XmlNode& Add(std::string_view element, std::int64_t value, std::string_view attributes = {}) {
+        return Add(element, std::to_string(value), attributes);
+    }
     /// A nested node: an EnumEntry or a StructEntry.
     XmlNode& Nest(const XmlNode& child);
     bool Has(std::string_view element) const;

@@ -7,15 +7,6 @@
 
 namespace Norvane::Transport::Emulator {
 
-std::uint64_t HashOf(std::string_view text) {
-    // FNV-1a.
-    std::uint64_t hash = 0xCBF29CE484222325U;
-    for (const char c : text) {
-        hash = (hash ^ static_cast<std::uint8_t>(c)) * 0x100000001B3U;
-    }
-    return hash;
-}
-
 EmulatedCamera::EmulatedCamera(const CameraSettings& camera, const InterfaceSettings& interface,
                                std::string descriptionOverride, std::shared_ptr<Flash> flash, Poster post)
     : m_model(camera, interface, std::move(flash)), m_descriptionOverride(std::move(descriptionOverride)),
@@ -55,7 +46,7 @@ DeviceRecord EmulatedCamera::Record() const {
     if (m_gigE) {
         record.ipAddress = m_address;
         record.subnetMask = m_netmask;
-        record.macAddress = 0x020000000000U | (m_seed & 0xFFFFFFFFFFU);
+        record.macAddress = m_model.MacAddress();
     }
     return record;
 }
@@ -189,7 +180,8 @@ std::optional<EmulatedCamera::Image> EmulatedCamera::WaitForImage(const std::ato
             image.settings = m_model.CurrentImageSettings();
             image.chunksActive = m_model.ChunksActive();
             if (image.chunksActive) {
-                image.chunks = m_model.ChunksOf(*image.settings, image.frameId, timestamp);
+                image.chunks = m_model.ChunksOf(*image.settings, image.frameId,
+                                                static_cast<std::int64_t>(image.timestampNs), image.seconds);
             }
             image.packetBytes = m_model.PacketPayload();
             image.loss = m_model.Camera().loss;

@@ -103,7 +103,4 @@ private:
     std::map<std::uint64_t, std::function<void()>> m_listeners GUARDED_BY(m_mutex);
 };
 
-/// A repeatable hash of a text, for addresses and random seeds.
-std::uint64_t HashOf(std::string_view text);
-
 } // namespace Norvane::Transport::Emulator

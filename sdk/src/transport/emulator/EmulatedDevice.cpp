@@ -3,6 +3,8 @@
 #include "norvane/Exception.h"
 #include "transport/emulator/EmulatedStream.h"
 
+#include <utility>
+
 namespace Norvane::Transport::Emulator {
 
 EmulatedDevice::EmulatedDevice(std::shared_ptr<EmulatedCamera> camera)
@@ -49,11 +51,14 @@ std::unique_ptr<IStream> EmulatedDevice::OpenStream(const StreamSettings& settin
 }
 
 void EmulatedDevice::Tell(LostState& state) {
-    const MutexLock lock(state.mutex);
-    state.lost = true;
-    if (state.handler) {
-        const std::function<void()> handler = std::move(state.handler);
-        state.handler = nullptr;
+    std::function<void()> handler;
+    {
+        const MutexLock lock(state.mutex);
+        state.lost = true;
+        handler = std::exchange(state.handler, nullptr);
+    }
+    // Without the lock: the handler reaches into the core, which may be about to replace it.
+    if (handler) {
         handler();
     }
 }

@@ -29,7 +29,7 @@ public:
 private:
     /// Shared with the camera's listener, which may run while the device goes.
     struct LostState {
-        RecursiveMutex mutex; ///< held while the handler runs, so that nobody forgets it meanwhile
+        Mutex mutex;
         bool lost GUARDED_BY(mutex) = false;
         std::function<void()> handler GUARDED_BY(mutex);
     };

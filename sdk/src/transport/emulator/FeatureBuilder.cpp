@@ -232,13 +232,13 @@ void Feature::AddRegister(const std::string& nodeName, XmlNode* node) {
 FeatureBuilder::FeatureBuilder(RegisterBank& bank, DescriptionWriter& xml)
     : m_bank(bank), m_xml(xml), m_root(xml.Node("Category", "Root")) {
     m_root.Add("ToolTip", "The features of the camera.");
+    m_categories["Root"] = &m_root;
 }
 
 void FeatureBuilder::Category(const char* name, const char* toolTip, const char* parent,
                               const char* visibility) {
-    XmlNode* const above = std::string_view(parent) == "Root" ? &m_root : m_category;
-    above->Add("pFeature", name);
-    m_category = &m_xml.Node("Category", name);
+    m_categories[parent]->Add("pFeature", name);
+    m_category = m_categories[name] = &m_xml.Node("Category", name);
     m_category->Add("ToolTip", toolTip).Add("DisplayName", SpacedName(name));
     if (visibility) {
         m_category->Add("Visibility", visibility);

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -153,6 +154,7 @@ private:
     DescriptionWriter& m_xml;
     XmlNode& m_root;
     XmlNode* m_category = nullptr;
+    std::map<std::string, XmlNode*, std::less<>> m_categories;
 };
 
 /// "ExposureTime" becomes "Exposure Time".

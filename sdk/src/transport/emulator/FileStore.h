@@ -12,7 +12,7 @@ namespace Norvane::Transport::Emulator {
 /// the camera's mutex guards it.
 class FileStore {
 public:
-    enum File : std::size_t {
+    enum File : std::int64_t {
         UserFile1 = 0,
         UserFile2 = 1,
         InferenceNetwork = 2,
@@ -34,7 +34,7 @@ public:
     static constexpr std::uint64_t kFailAt = 64U << 10U;
 
     using Content = std::vector<std::uint8_t>;
-    using Files = std::array<std::optional<Content>, kFileCount>;
+    using Files = std::array<std::optional<Content>, static_cast<std::size_t>(kFileCount)>;
 
     explicit FileStore(Files& flash) : m_flash(flash) {}
 
@@ -59,7 +59,7 @@ private:
 
     Files& m_flash;
     Files m_memory;
-    std::array<std::optional<Opened>, kFileCount> m_open;
+    std::array<std::optional<Opened>, static_cast<std::size_t>(kFileCount)> m_open;
 };
 
 } // namespace Norvane::Transport::Emulator

@@ -29,8 +29,9 @@ struct Mapping {
     double X(std::int32_t x) const { return scaleX * (x + 0.5) + shiftX; }
     double Y(std::int32_t y) const { return scaleY * (y + 0.5) + shiftY; }
 
-    /// The image pixels whose centres lie in a box of the sensor, one pixel wider all around.
-    PixelRect Box(double left, double top, double right, double bottom, const PixelRect& limits) const {
+    /// The image pixels that a box of the sensor touches, some pixels wider all around.
+    PixelRect Box(double left, double top, double right, double bottom, const PixelRect& limits,
+                  int margin = 1) const {
         double a = (left - shiftX) / scaleX, b = (right - shiftX) / scaleX;
         double c = (top - shiftY) / scaleY, d = (bottom - shiftY) / scaleY;
         if (a > b) {
@@ -42,10 +43,10 @@ struct Mapping {
         const auto clip = [](double value, std::int32_t low, std::int32_t high) {
             return static_cast<std::int32_t>(std::clamp(value, double(low), double(high)));
         };
-        return {clip(std::floor(a) - 1, limits.left, limits.right),
-                clip(std::floor(c) - 1, limits.top, limits.bottom),
-                clip(std::ceil(b) + 1, limits.left, limits.right),
-                clip(std::ceil(d) + 1, limits.top, limits.bottom)};
+        return {clip(std::floor(a) - margin, limits.left, limits.right),
+                clip(std::floor(c) - margin, limits.top, limits.bottom),
+                clip(std::ceil(b) + margin, limits.left, limits.right),
+                clip(std::ceil(d) + margin, limits.top, limits.bottom)};
     }
 };
 
@@ -374,6 +375,13 @@ PixelRect Scene::BoundsOf(const SceneObject& object, const ImageGeometry& geomet
                           static_cast<std::int32_t>(geometry.height)};
     const double r = object.radius;
     return Mapping(geometry).Box(object.x - r, object.y - r, object.x + r, object.y + r, image);
+}
+
+PixelRect Scene::OutlineOf(const SceneObject& object, const ImageGeometry& geometry) {
+    const PixelRect image{0, 0, static_cast<std::int32_t>(geometry.width),
+                          static_cast<std::int32_t>(geometry.height)};
+    const double r = object.radius;
+    return Mapping(geometry).Box(object.x - r, object.y - r, object.x + r, object.y + r, image, 0);
 }
 
 void Scene::PaintObject(const SceneObject& object, const ImageGeometry& geometry, Canvas& canvas) {

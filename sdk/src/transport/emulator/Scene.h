@@ -50,8 +50,10 @@ public:
 
     /// The objects `seconds` after power-up. Their number changes with time.
     static std::vector<SceneObject> ObjectsAt(const ImageGeometry& geometry, double seconds);
-    /// The image pixels that an object covers, clipped to the image.
+    /// The image pixels that painting an object may alter, clipped to the image.
     static PixelRect BoundsOf(const SceneObject& object, const ImageGeometry& geometry);
+    /// The image pixels of the box around an object, clipped to the image.
+    static PixelRect OutlineOf(const SceneObject& object, const ImageGeometry& geometry);
     /// Paints an object as far as it lies on the canvas.
     static void PaintObject(const SceneObject& object, const ImageGeometry& geometry, Canvas& canvas);
 };

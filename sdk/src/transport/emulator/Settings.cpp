@@ -168,6 +168,15 @@ CameraSettings ReadCamera(const IniFile::Section& section, const std::string& fo
 
 } // namespace
 
+std::uint64_t HashOf(std::string_view text) {
+    // FNV-1a.
+    std::uint64_t hash = 0xCBF29CE484222325U;
+    for (const char c : text) {
+        hash = (hash ^ static_cast<std::uint8_t>(c)) * 0x100000001B3U;
+    }
+    return hash;
+}
+
 Settings Settings::Read(std::string_view text, const std::string& folder, std::vector<Problem>& problems) {
     Settings result;
     const IniFile file = IniFile::Parse(text, problems);

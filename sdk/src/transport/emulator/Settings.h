@@ -58,4 +58,7 @@ struct Settings {
     static Settings Read(std::string_view text, const std::string& folder, std::vector<Problem>& problems);
 };
 
+/// A repeatable hash of a text, for addresses and random seeds.
+std::uint64_t HashOf(std::string_view text);
+
 } // namespace Norvane::Transport::Emulator

@@ -1,21 +1,161 @@
 #include "transport/emulator/features/Features.h"
 
 namespace Norvane::Transport::Emulator {
+namespace {
 
-void AddAnalogControl(FeatureBuilder& f, CameraModel&) {
+/// Gain and balance count per colour: 0 all, 1 red, 2 green, 3 blue.
+constexpr std::uint32_t kGains = 4;
+
+void AddGain(FeatureBuilder& f) {
     RegisterBank& bank = f.Bank();
-    f.Category("AnalogControl", "Brightness and colour.");
-    // The register counts tenths of a decibel.
+    f.Enumeration("GainSelector", "Which amplification Gain sets.")
+        .Selects({"Gain"})
+        .Entry("All", 0)
+        .Entry("Red", 1, "SensorIsColor")
+        .Entry("Green", 2, "SensorIsColor")
+        .Entry("Blue", 3, "SensorIsColor")
+        .Initial(0);
+    f.Enumeration("GainAuto", "Whether the camera finds the gain itself.")
+        .Stored()
+        .Polled(500)
+        .Entry("Off", 0)
+        .Entry("Once", 1)
+        .Entry("Continuous", 2);
+    f.Formula("GainIsAutomatic", "AUTO <> 0", {{"AUTO", "GainAutoReg"}});
+    // The registers count tenths of a decibel.
     bank.Add("GainTenths", RegisterBank::Type::Unsigned, 4,
-             RegisterBank::Readable | RegisterBank::Writable | RegisterBank::Stored | RegisterBank::Imaging);
-    f.Locate(f.Helper("IntReg", "GainTenthsReg"), "GainTenths", 4, "RW");
+             RegisterBank::Readable | RegisterBank::Writable | RegisterBank::Stored | RegisterBank::Imaging,
+             kGains);
+    XmlNode& ticks = f.Helper("IntReg", "GainTenthsReg");
+    f.Locate(ticks, "GainTenths", 4, "RW");
+    ticks.Add("pIndex", "GainSelectorReg", "Offset=\"4\"")
+        .Add("pInvalidator", "UserSetLoad")
+        .Add("PollingTime", 1000);
     f.Helper("Converter", "GainConverter")
         .Add("FormulaTo", "FROM * 10")
         .Add("FormulaFrom", "TO * 0.1")
         .Add("pValue", "GainTenthsReg")
         .Add("Slope", "Increasing")
         .Add("IsLinear", "Yes");
-    f.Float("Gain", "Amplification of the picture.").Unit("dB").Min(0).Max(24).ValueFrom("GainConverter");
+    f.Float("Gain", "Amplification of the picture.")
+        .Unit("dB")
+        .Min(0)
+        .Max(24)
+        .Element("DisplayNotation", "Fixed")
+        .Element("DisplayPrecision", 1)
+        .Element("pIsLocked", "GainIsAutomatic")
+        .ValueFrom("GainConverter");
+}
+
+void AddColour(FeatureBuilder& f) {
+    f.Enumeration("BalanceRatioSelector", "Which colour Balance Ratio sets.")
+        .Implemented("SensorIsColor")
+        .Selects({"BalanceRatio"})
+        .Entry("Red", 0)
+        .Entry("Green", 1)
+        .Entry("Blue", 2);
+    f.Enumeration("BalanceWhiteAuto", "Whether the camera balances the colours itself.")
+        .Implemented("SensorIsColor")
+        .Stored()
+        .Polled(500)
+        .Entry("Off", 0)
+        .Entry("Once", 1)
+        .Entry("Continuous", 2);
+    f.Formula("BalanceIsAutomatic", "AUTO <> 0", {{"AUTO", "BalanceWhiteAutoReg"}});
+    f.Float("BalanceRatio", "Amplification of the selected colour against the others.")
+        .Implemented("SensorIsColor")
+        .By("BalanceRatioSelector", 3)
+        .Min(0.25)
+        .Max(4)
+        .Length(4)
+        .Stored()
+        .Imaging()
+        .Element("pIsLocked", "BalanceIsAutomatic")
+        .Initial(1.0)
+        .InvalidatedBy({"BalanceWhiteAutoReg", "UserSetLoad"});
+}
+
+} // namespace
+
+void AddAnalogControl(FeatureBuilder& f, CameraModel&) {
+    f.Category("AnalogControl", "Brightness and colour.");
+    AddGain(f);
+    f.Enumeration("BlackLevelSelector", "Which black level is set.")
+        .Expert()
+        .Selects({"BlackLevel"})
+        .Entry("All", 0);
+    f.Float("BlackLevel", "Brightness of an unlit pixel, as a share of full scale.")
+        .Unit("%")
+        .Min(0)
+        .Max(12.5)
+        .Stored()
+        .Imaging()
+        .InvalidatedBy({"UserSetLoad"});
+    AddColour(f);
+    f.Boolean("GammaEnable", "Whether Gamma bends the brightness curve.")
+        .Stored()
+        .Imaging()
+        .InvalidatedBy({"UserSetLoad"});
+    f.Formula("GammaIsOn", "ON > 0", {{"ON", "GammaEnableReg"}});
+    f.Float("Gamma", "Exponent of the brightness curve.")
+        .Available("GammaIsOn")
+        .Min(0.25)
+        .Max(4)
+        .Stored()
+        .Imaging()
+        .Initial(1.0)
+        .InvalidatedBy({"UserSetLoad"});
+}
+
+void AddLutControl(FeatureBuilder& f, CameraModel&) {
+    RegisterBank& bank = f.Bank();
+    f.Category("LUTControl", "The look-up table that pixels pass through.");
+    f.Enumeration("LUTSelector", "Which table is set.")
+        .Expert()
+        .Selects({"LUTIndex", "LUTEnable", "LUTValue"})
+        .Entry("Luminance", 0);
+    f.Boolean("LUTEnable", "Whether pixels pass through the table.")
+        .Expert()
+        .Stored()
+        .Imaging()
+        .InvalidatedBy({"UserSetLoad"});
+    f.Integer("LUTIndex", "The entry that LUT Value shows.")
+        .Guru()
+        .Min(0)
+        .Max(kLutEntries - 1)
+        .Selects({"LUTValue"});
+    // One table behind two nodes: a single entry at a computed address, and the whole of it.
+    bank.Add("LUTTable", RegisterBank::Type::Unsigned, 2,
+             RegisterBank::Readable | RegisterBank::Writable | RegisterBank::Stored | RegisterBank::Imaging,
+             kLutEntries);
+    for (std::uint32_t i = 0; i < kLutEntries; ++i) {
+        bank.SetInt("LUTTable", i * 4095 / (kLutEntries - 1), i);
+    }
+    f.Helper("IntSwissKnife", "LUTAddress")
+        .Add("pVariable", "LUTIndexReg", "Name=\"INDEX\"")
+        .Add("Constant", static_cast<std::int64_t>(bank.Address("LUTTable")), "Name=\"BASE\"")
+        .Add("Formula", "BASE + INDEX * 2");
+    XmlNode& entry = f.Helper("IntReg", "LUTValueReg");
+    entry.Add("pAddress", "LUTAddress")
+        .Add("Length", 2)
+        .Add("AccessMode", "RW")
+        .Add("pPort", "Device")
+        .Add("Endianess", bank.IsBigEndian() ? "BigEndian" : "LittleEndian")
+        .Add("pInvalidator", "LUTValueAll")
+        .Add("pInvalidator", "UserSetLoad");
+    f.Integer("LUTValue", "What the table makes of the selected entry.")
+        .Guru()
+        .Min(0)
+        .Max(4095)
+        .ValueFrom("LUTValueReg");
+    XmlNode& all = f.Helper("Register", "LUTValueAll");
+    all.Add("ToolTip", "The whole table, 16 bits an entry in the camera's byte order.")
+        .Add("DisplayName", "LUT Value All")
+        .Add("Visibility", "Guru")
+        .Add("pInvalidator", "LUTValueReg")
+        .Add("pInvalidator", "UserSetLoad");
+    f.Locate(all, "LUTTable", 2 * kLutEntries, "RW");
+    f.List("LUTValueAll");
 }
 
 } // namespace Norvane::Transport::Emulator

@@ -13,8 +13,33 @@ void AddDeviceControl(FeatureBuilder& f, CameraModel& camera);
 void AddImageFormatControl(FeatureBuilder& f, CameraModel& camera);
 void AddAcquisitionControl(FeatureBuilder& f, CameraModel& camera);
 void AddAnalogControl(FeatureBuilder& f, CameraModel& camera);
+void AddLutControl(FeatureBuilder& f, CameraModel& camera);
+void AddDigitalIOControl(FeatureBuilder& f, CameraModel& camera);
+void AddCounterAndTimerControl(FeatureBuilder& f, CameraModel& camera);
+void AddEventControl(FeatureBuilder& f, CameraModel& camera);
+void AddInferenceControl(FeatureBuilder& f, CameraModel& camera);
+void AddChunkDataControl(FeatureBuilder& f, CameraModel& camera);
+void AddFileAccessControl(FeatureBuilder& f, CameraModel& camera);
 void AddUserSetControl(FeatureBuilder& f, CameraModel& camera);
 void AddTransportLayerControl(FeatureBuilder& f, CameraModel& camera);
+
+/// Entries of the look-up table, 12-bit values.
+inline constexpr std::uint32_t kLutEntries = 1024;
+
+// What the description file says to a group, at power-up and whenever it changes.
+void ApplyInference(CameraModel& camera);
+void ApplyInferenceChunks(CameraModel& camera);
+void ApplyFileSettings(CameraModel& camera);
+
+// What an image does to a group.
+void CountImage(CameraModel& camera);
+void NoteEvents(CameraModel& camera, std::uint64_t frameId, std::int64_t timestampNs, bool last);
+bool TimerIsActive(CameraModel& camera, std::size_t timer);
+
+/// The chunks of an image in the order of the payload. `timestampNs` is the camera's clock, `seconds` the
+/// scene's.
+ChunkLayout::Chunks BuildChunks(const CameraModel& camera, const ImageSettings& image, std::uint64_t frameId,
+                                std::int64_t timestampNs, double seconds);
 
 /// Puts the region of interest back inside the sensor after something made the sensor's picture smaller or
 /// larger.
