@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstring>
 #include <sys/mman.h>
-#include <sys/resource.h>
 
 namespace Norvane::Transport {
 namespace {
@@ -161,22 +160,24 @@ void StreamCore::Detach() {
 void StreamCore::OnStreamEvent(void* self, ArvStreamCallbackType type, ArvBuffer*) {
     StreamCore& core = **static_cast<std::shared_ptr<StreamCore>*>(self);
     switch (type) {
-    case ARV_STREAM_CALLBACK_TYPE_INIT:
-        // This thread only receives; a late turn costs packets. Fails quietly without the right to do it.
-        ::setpriority(PRIO_PROCESS, 0, -10);
-        break;
     case ARV_STREAM_CALLBACK_TYPE_BUFFER_DONE: {
-        const MutexLock lock(core.m_mutex);
-        ++core.m_finished;
-        core.m_changed.notify_all();
+        bool waiting = false;
+        {
+            const MutexLock lock(core.m_mutex);
+            ++core.m_finished;
+            waiting = core.m_waiting;
+        }
+        if (waiting) { // outside of the lock, which the woken thread takes at once
+            core.m_changed.notify_all();
+        }
         break;
     }
-    case ARV_STREAM_CALLBACK_TYPE_START_BUFFER: {
+    case ARV_STREAM_CALLBACK_TYPE_START_BUFFER:
         // Orders the marks that GiveBack made before the bytes that are received now. Aravis's own queue does
         // so too, but no tool that checks threads can see it there.
-        const MutexLock lock(core.m_mutex);
+        core.m_marked.load(std::memory_order_acquire);
         break;
-    }
+    case ARV_STREAM_CALLBACK_TYPE_INIT:
     case ARV_STREAM_CALLBACK_TYPE_EXIT:
         break;
     }
@@ -193,10 +194,14 @@ GObjectPtr<ArvBuffer> StreamCore::Pop(std::chrono::steady_clock::time_point dead
             break;
         }
         const std::uint64_t seen = m_finished;
-        while (m_attached && m_finished == seen && !m_wake) {
-            if (m_changed.wait_until(lock, deadline) == std::cv_status::timeout) {
-                return nullptr;
-            }
+        m_waiting = true;
+        bool inTime = true;
+        while (inTime && m_attached && m_finished == seen && !m_wake) {
+            inTime = m_changed.wait_until(lock, deadline) != std::cv_status::timeout;
+        }
+        m_waiting = false;
+        if (!inTime && m_finished == seen) {
+            break;
         }
     }
     return nullptr;
@@ -212,6 +217,7 @@ void StreamCore::GiveBack(ArvBuffer* buffer) {
     std::size_t size = 0;
     auto* data = static_cast<std::uint8_t*>(const_cast<void*>(arv_buffer_get_data(buffer, &size)));
     m_marks->Mark(data, m_settings.payloadSize);
+    m_marked.fetch_add(1, std::memory_order_release);
     GObjectPtr<ArvBuffer> owner(buffer);
     const MutexLock lock(m_mutex);
     if (m_attached) {

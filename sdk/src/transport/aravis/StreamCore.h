@@ -58,10 +58,13 @@ private:
     std::optional<BlockMarks> m_marks; ///< set before the first buffer is given out
     GObjectPtr<ArvStream> m_stream;    ///< touched by Start and Stop only
 
+    std::atomic<std::uint64_t> m_marked{0}; ///< buffers that were marked and given back
+
     mutable Mutex m_mutex;
     ConditionVariable m_changed;
     ArvStream* m_attached GUARDED_BY(m_mutex) = nullptr; ///< m_stream until Detach
     std::uint64_t m_finished GUARDED_BY(m_mutex) = 0;
+    bool m_waiting GUARDED_BY(m_mutex) = false;
     bool m_wake GUARDED_BY(m_mutex) = false;
     StreamStatistics m_lastStatistics GUARDED_BY(m_mutex);
 };
