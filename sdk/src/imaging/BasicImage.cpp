@@ -154,7 +154,7 @@ void BasicImage::CopyFrom(const BasicImage& source, const char* purpose) {
 }
 
 ImagePtr BasicImage::Convert(PixelFormatEnums format, ColorProcessingAlgorithm algorithm) const {
-    if (format == m_layout.format) {
+    if (format == m_layout.format && m_layout.paddingX == 0) {
         auto copy = std::make_shared<BasicImage>();
         copy->CopyFrom(*this, "Image conversion");
         return ImagePtr(std::move(copy));

@@ -121,7 +121,8 @@ std::size_t UnpackFields16(const PackedSamples& s, std::size_t count, std::uint1
     return UnpackFields(s, count, out);
 }
 
-/// 16-bit words of `bits` bits to full scale; words above that are the largest value.
+/// 16-bit words of `bits` bits (fewer than 16 where T has 16) to full scale; words above that are the largest
+/// value.
 template <class T>
 std::size_t ScaleWords(const std::uint8_t* words, unsigned bits, std::size_t count, T* out) {
     const hn::ScalableTag<std::uint16_t> d;
@@ -130,7 +131,7 @@ std::size_t ScaleWords(const std::uint8_t* words, unsigned bits, std::size_t cou
     const hn::RebindToSigned<decltype(d)> di;
     const std::size_t lanes = hn::Lanes(d);
     const auto top = hn::Set(d, static_cast<std::uint16_t>((1U << bits) - 1));
-    const auto up = static_cast<int>(16 - bits);
+    const auto up = static_cast<int>(16 - bits), down = static_cast<int>(2 * bits - 16);
     std::size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
         const auto value = hn::Min(hn::BitCast(d, hn::LoadU(d8, words + 2 * i)), top);
@@ -138,8 +139,7 @@ std::size_t ScaleWords(const std::uint8_t* words, unsigned bits, std::size_t cou
         if constexpr (sizeof(T) == 1) {
             hn::StoreU(hn::DemoteTo(half, hn::BitCast(di, hn::ShiftRight<8>(high))), half, out + i);
         } else {
-            hn::StoreU(hn::Or(high, hn::ShiftRightSame(value, bits == 16 ? 15 : static_cast<int>(bits) - up)),
-                       d, out + i);
+            hn::StoreU(hn::Or(high, hn::ShiftRightSame(value, down)), d, out + i);
         }
     }
     return i;
@@ -187,6 +187,10 @@ std::size_t WordsInVectors(const PackedSamples& s, std::size_t count, std::uint8
     return HWY_DYNAMIC_DISPATCH(ScaleWords8)(s.bytes, s.bits, count, out);
 }
 std::size_t WordsInVectors(const PackedSamples& s, std::size_t count, std::uint16_t* out) {
+    if (s.bits == 16) {
+        std::memcpy(out, s.bytes, 2 * count);
+        return count;
+    }
     return HWY_DYNAMIC_DISPATCH(ScaleWords16)(s.bytes, s.bits, count, out);
 }
 std::size_t BytesInVectors(const PackedSamples& s, std::size_t count, std::uint8_t* out) {

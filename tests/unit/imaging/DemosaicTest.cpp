@@ -1,0 +1,153 @@
+// Every demosaicing method against its plain scalar twin, bit for bit.
+#include "ScalarDemosaic.h"
+
+#include "norvane/Image.h"
+
+#include <gmock/gmock.h>
+
+#include <hwy/targets.h>
+
+#include <random>
+
+namespace Norvane {
+namespace {
+
+using Test::Mosaic;
+
+constexpr ColorProcessingAlgorithm kAlgorithms[] = {
+    NO_COLOR_PROCESSING, NEAREST_NEIGHBOR, NEAREST_NEIGHBOR_AVG,       BILINEAR, EDGE_SENSING, HQ_LINEAR, IPP,
+    DIRECTIONAL_FILTER,  RIGOROUS,         WEIGHTED_DIRECTIONAL_FILTER};
+
+struct PhaseFormats {
+    BayerPhase phase;
+    PixelFormatEnums bytes, words;
+};
+
+constexpr PhaseFormats kPhases[] = {
+    {BayerPhase::GR, PixelFormat_BayerGR8, PixelFormat_BayerGR16},
+    {BayerPhase::RG, PixelFormat_BayerRG8, PixelFormat_BayerRG16},
+    {BayerPhase::GB, PixelFormat_BayerGB8, PixelFormat_BayerGB16},
+    {BayerPhase::BG, PixelFormat_BayerBG8, PixelFormat_BayerBG16},
+};
+
+/// Noise, edges and flat areas of `bits` bits in the top of T.
+template <class T>
+std::vector<T> Content(int width, int height, unsigned bits, std::mt19937& random) {
+    std::vector<T> samples(static_cast<std::size_t>(width * height));
+    const unsigned drop = 8 * sizeof(T) - bits;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const std::size_t x = i % static_cast<std::size_t>(width), y = i / static_cast<std::size_t>(width);
+        unsigned value = random();
+        if (x / 16 % 2 == 1) {
+            value = (x + y) / 5 % 2 ? ~0U : 0U;
+        } else if (y / 8 % 2 == 1) {
+            value = (value & 3) * 0x01010101U + 0x40404040U;
+        }
+        samples[i] = static_cast<T>(static_cast<T>(value) >> drop << drop);
+    }
+    return samples;
+}
+
+template <class T>
+void Compare(int width, int height, unsigned bits, std::mt19937& random) {
+    for (const PhaseFormats& formats : kPhases) {
+        Mosaic<T> mosaic{width, height, formats.phase, Content<T>(width, height, bits, random)};
+        const ImagePtr image =
+            Image::Create(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height), 0, 0,
+                          sizeof(T) == 1 ? formats.bytes : formats.words, mosaic.samples.data());
+        for (const ColorProcessingAlgorithm algorithm : kAlgorithms) {
+            const std::vector<T> expected = ScalarDemosaic(algorithm, mosaic);
+            std::vector<T> got(expected.size() + 1, T{77});
+            const ImagePtr over =
+                Image::Create(static_cast<std::uint64_t>(width), static_cast<std::uint64_t>(height), 0, 0,
+                              sizeof(T) == 1 ? PixelFormat_BGR8 : PixelFormat_BGR16, got.data());
+            image->Convert(over, algorithm);
+            ASSERT_EQ(got.back(), T{77}) << "written past the end";
+            got.pop_back();
+            for (std::size_t i = 0; i < expected.size(); ++i) {
+                ASSERT_EQ(+got[i], +expected[i])
+                    << image->GetPixelFormatName() << " " << width << " x " << height << ", " << bits
+                    << " bits, algorithm " << algorithm << ", x " << i / 3 % static_cast<std::size_t>(width)
+                    << ", y " << i / 3 / static_cast<std::size_t>(width) << ", channel " << i % 3;
+            }
+        }
+    }
+}
+
+constexpr int kSizes[][2] = {{1, 1},  {2, 1},  {1, 2},  {2, 2},   {3, 3},   {1, 7},    {9, 1},  {5, 4},
+                             {17, 9}, {31, 5}, {33, 8}, {64, 11}, {65, 20}, {131, 37}, {258, 6}};
+
+/// Makes the library use one instruction set for as long as it lives.
+class OnlyTarget {
+public:
+    explicit OnlyTarget(std::int64_t target) {
+        hwy::SetSupportedTargetsForTest(target);
+        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    }
+    ~OnlyTarget() {
+        hwy::SetSupportedTargetsForTest(0);
+        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    }
+};
+
+TEST(Demosaic, KernelsOfEveryInstructionSetAgreeWithTheirScalarTwins) {
+    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
+        SCOPED_TRACE(hwy::TargetName(target));
+        const OnlyTarget only(target);
+        std::mt19937 random(20240817);
+        for (const auto& [width, height] : kSizes) {
+            Compare<std::uint8_t>(width, height, 8, random);
+            Compare<std::uint16_t>(width, height, 10 + random() % 7, random);
+            if (HasFatalFailure()) {
+                return;
+            }
+        }
+    }
+}
+
+TEST(Demosaic, BandsOfSeveralThreadsJoinWithoutASeam) {
+    std::mt19937 random(4);
+    Compare<std::uint8_t>(70, 1100, 8, random);
+    Compare<std::uint16_t>(35, 600, 12, random);
+}
+
+TEST(Demosaic, AUniformlyColouredSceneStaysUniformUpToTheBorder) {
+    // Neither a dark nor a coloured frame: every method gives the scene's colour at every pixel.
+    constexpr int kWidth = 23, kHeight = 14;
+    std::vector<std::uint8_t> mosaic(kWidth * kHeight);
+    for (int y = 0; y < kHeight; ++y) {
+        for (int x = 0; x < kWidth; ++x) {
+            mosaic[static_cast<std::size_t>(y * kWidth + x)] = y % 2 + x % 2 == 0   ? 200
+                                                               : y % 2 + x % 2 == 1 ? 100
+                                                                                    : 50;
+        }
+    }
+    const ImagePtr image = Image::Create(kWidth, kHeight, 0, 0, PixelFormat_BayerRG8, mosaic.data());
+    for (const ColorProcessingAlgorithm algorithm : kAlgorithms) {
+        if (algorithm == NO_COLOR_PROCESSING) {
+            continue;
+        }
+        const ImagePtr color = image->Convert(PixelFormat_BGR8, algorithm);
+        const auto* bgr = static_cast<const std::uint8_t*>(color->GetData());
+        for (int i = 0; i < kWidth * kHeight; ++i) {
+            ASSERT_THAT(std::vector<int>(bgr + 3 * i, bgr + 3 * i + 3), testing::ElementsAre(50, 100, 200))
+                << "algorithm " << algorithm << ", x " << i % kWidth << ", y " << i / kWidth;
+        }
+    }
+}
+
+TEST(Demosaic, ThePhaseIsThatOfTheTransmittedImageWhateverItsOffset) {
+    std::mt19937 random(9);
+    std::vector<std::uint8_t> mosaic = Content<std::uint8_t>(16, 8, 8, random);
+    const auto convert = [&](std::uint64_t offsetX, std::uint64_t offsetY) {
+        const ImagePtr image = Image::Create(16, 8, offsetX, offsetY, PixelFormat_BayerGB8, mosaic.data());
+        const ImagePtr color = image->Convert(PixelFormat_BGR8, BILINEAR);
+        const auto* bgr = static_cast<const std::uint8_t*>(color->GetData());
+        return std::vector<std::uint8_t>(bgr, bgr + color->GetImageSize());
+    };
+    EXPECT_EQ(convert(0, 0), convert(1, 0));
+    EXPECT_EQ(convert(0, 0), convert(3, 5));
+}
+
+} // namespace
+} // namespace Norvane
