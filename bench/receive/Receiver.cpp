@@ -39,6 +39,7 @@ Received Receive(const Load& load, int seconds) {
     WriteRegister(*device, kFramePeriodUs, 1000000 / load.frameRate);
     WriteRegister(*device, kPacketSize, load.packetSize); // its upper bits are flags, all zero here
     StreamSettings settings;
+    settings.bufferCount = 50; // as many as the tool has
     settings.payloadSize = std::uint64_t{load.size} * load.size;
     const auto stream = device->OpenStream(settings);
 

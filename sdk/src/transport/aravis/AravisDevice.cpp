@@ -127,7 +127,16 @@ void AravisDevice::Run(const std::string& what, std::function<void()> work,
     DeviceWorker::Patience patience;
     patience.maximum = maximum;
     patience.isThere = [this] { return IsThere(m_target); };
-    switch (m_worker->Run(std::move(work), patience)) {
+    DeviceWorker::Outcome outcome = DeviceWorker::Outcome::Done;
+    try {
+        outcome = m_worker->Run(std::move(work), patience);
+    } catch (const Exception& error) {
+        if (error.GetError() == Error::NotAvailable) { // Aravis itself found that the device has gone
+            m_life->MarkLost(error.what());
+        }
+        throw;
+    }
+    switch (outcome) {
     case DeviceWorker::Outcome::Done:
         return;
     case DeviceWorker::Outcome::Gone:

@@ -41,6 +41,7 @@ std::map<std::string, GevCamera> GevDiscovery::Scan(const std::vector<Adapter>& 
     const auto start = Clock::now();
     for (auto& [id, known] : m_known) {
         known.seen = false;
+        known.previousInterfaceId = known.camera.adapter.record.id;
     }
     m_controlQuestions.clear();
     Ask(adapters);
@@ -126,8 +127,14 @@ void GevDiscovery::TakeCamera(const Gvcp::DiscoveryAnswer& answer, const Adapter
                               const HeldLookup& held) {
     const std::string id = DeviceId(answer);
     Known& known = m_known[id];
-    if (known.seen && (known.camera.adapter.Holds(answer.ipAddress) || !adapter.Holds(answer.ipAddress))) {
-        return; // heard through several adapters, or twice through one
+    // A camera can be heard through several adapters: best is the one whose network holds it, then the one of
+    // the scan before, or else it would move to and fro.
+    const auto rank = [&](const Adapter& candidate) {
+        return 2 * static_cast<int>(candidate.Holds(answer.ipAddress)) +
+               static_cast<int>(candidate.record.id == known.previousInterfaceId);
+    };
+    if (known.seen && rank(adapter) <= rank(known.camera.adapter)) {
+        return;
     }
     known.seen = true;
     known.camera.adapter = adapter;

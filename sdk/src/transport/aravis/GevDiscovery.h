@@ -37,6 +37,7 @@ private:
         GevCamera camera;
         int missedScans = 0;
         bool seen = false; ///< in the current scan
+        std::string previousInterfaceId;
     };
 
     void Ask(const std::vector<Adapter>& adapters);

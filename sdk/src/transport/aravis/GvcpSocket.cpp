@@ -129,7 +129,7 @@ std::uint16_t GvcpSocket::NextRequestId() {
 }
 
 bool AnswersDiscovery(std::uint32_t adapterAddress, std::uint32_t device, std::chrono::milliseconds timeout) {
-    const auto deadline = Clock::now() + timeout;
+    constexpr int kTries = 3; // one lost datagram is no sign of absence
     const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (socket < 0) {
         return true; // out of descriptors: says nothing about the device
@@ -138,20 +138,20 @@ bool AnswersDiscovery(std::uint32_t adapterAddress, std::uint32_t device, std::c
     const sockaddr_in to = SocketAddress(device, Gvcp::kPort);
     const std::uint16_t requestId = RandomRequestId();
     const auto request = Gvcp::BuildDiscovery(requestId, Gvcp::AnswerBy::Unicast);
-    bool answered = false;
     // A connected socket learns at once when no process listens at the other end.
-    if (::bind(socket, reinterpret_cast<const sockaddr*>(&from), sizeof from) == 0 &&
-        ::connect(socket, reinterpret_cast<const sockaddr*>(&to), sizeof to) == 0 &&
-        ::send(socket, request.data(), request.size(), MSG_NOSIGNAL) ==
-            static_cast<ssize_t>(request.size())) {
-        while (!answered && WaitReadable(socket, deadline)) {
+    bool open = ::bind(socket, reinterpret_cast<const sockaddr*>(&from), sizeof from) == 0 &&
+                ::connect(socket, reinterpret_cast<const sockaddr*>(&to), sizeof to) == 0;
+    bool answered = false;
+    for (int attempt = 0; open && !answered && attempt < kTries; ++attempt) {
+        const auto deadline = Clock::now() + timeout / kTries;
+        open = ::send(socket, request.data(), request.size(), MSG_NOSIGNAL) ==
+               static_cast<ssize_t>(request.size());
+        while (open && !answered && WaitReadable(socket, deadline)) {
             std::array<std::uint8_t, Gvcp::kMaximumPacketSize> bytes;
             const ssize_t size = ::recv(socket, bytes.data(), bytes.size(), 0);
-            if (size < 0) {
-                break;
-            }
-            const auto acknowledge =
-                Gvcp::ParseAcknowledge(std::span(bytes.data(), static_cast<std::size_t>(size)));
+            open = size >= 0;
+            const auto acknowledge = Gvcp::ParseAcknowledge(
+                std::span(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(0, size))));
             answered = acknowledge && acknowledge->requestId == requestId;
         }
     }

@@ -235,8 +235,8 @@ StreamStatistics StreamCore::ReceiveStatistics() const {
 }
 
 StreamStatistics StreamCore::ReadStatistics() const {
-    const auto counter = [this](const char* name) {
-        return arv_stream_get_info_uint64_by_name(m_attached, name);
+    const auto counter = [stream = m_attached](const char* name) {
+        return arv_stream_get_info_uint64_by_name(stream, name);
     };
     StreamStatistics statistics;
     statistics.underruns = counter("n_underruns");
