@@ -142,7 +142,7 @@ void CameraImpl::Open(std::uint64_t attempt) {
         MutexLock lock(m_mutex);
         kept = !failure && !m_abandoned && !m_lost && !m_shutdown;
         if (kept) {
-            m_device = device;
+            m_device = std::move(device); // closing must find the only owner
             m_current = maps;
             m_state = State::Open;
         }

@@ -94,19 +94,18 @@ ChunkData ChunkReader::Read(const Transport::Frame& frame) {
 }
 
 void ChunkReader::Attach(const Transport::Frame& frame) {
-    // The map may still point into m_bytes, so the new bytes come into place only after it looks elsewhere.
-    std::map<std::uint64_t, std::vector<std::uint8_t>> bytes;
+    m_formerBytes = std::move(m_bytes);
+    m_bytes.clear();
     std::map<std::uint64_t, GenApi::ChunkView> views;
     for (const auto& [id, chunk] : frame.chunks) {
         if (chunk.data && chunk.data != frame.data && chunk.size <= kLargestChunk) {
-            std::vector<std::uint8_t>& copy = bytes[id];
+            std::vector<std::uint8_t>& copy = m_bytes[id];
             copy.assign(chunk.data, chunk.data + chunk.size);
             views[id] = {copy.data(), copy.size()};
         }
     }
     m_attached = true;
     GenApi::AttachChunks(m_map, views);
-    m_bytes.swap(bytes);
 }
 
 void ChunkReader::Complain(std::string_view node, const std::string& reason) {

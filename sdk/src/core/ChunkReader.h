@@ -36,6 +36,7 @@ private:
     const std::string m_cameraName;
     GenApi::INodeMap& m_map;
     std::map<std::uint64_t, std::vector<std::uint8_t>> m_bytes;
+    std::map<std::uint64_t, std::vector<std::uint8_t>> m_formerBytes; ///< what the nodes read until then
     bool m_attached = false;
     bool m_complained = false;
 };

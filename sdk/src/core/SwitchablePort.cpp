@@ -5,6 +5,9 @@
 namespace Norvane::Core {
 
 void SwitchablePort::Switch(std::shared_ptr<Transport::IDevice> device) {
+    if (device) {
+        m_lastMode = device->GetAccessMode();
+    }
     {
         MutexLock lock(m_mutex);
         m_device.swap(device);
@@ -14,7 +17,7 @@ void SwitchablePort::Switch(std::shared_ptr<Transport::IDevice> device) {
 
 GenApi::EAccessMode SwitchablePort::GetAccessMode() const {
     const std::shared_ptr<Transport::IDevice> device = Device();
-    return device ? device->GetAccessMode() : GenApi::NA;
+    return device ? device->GetAccessMode() : m_lastMode.load();
 }
 
 void SwitchablePort::Read(void* buffer, std::int64_t address, std::int64_t length) {

@@ -3,6 +3,7 @@
 #include "base/Mutex.h"
 #include "transport/Transport.h"
 
+#include <atomic>
 #include <memory>
 
 namespace Norvane::Core {
@@ -15,6 +16,7 @@ public:
     /// Null closes the port.
     void Switch(std::shared_ptr<Transport::IDevice> device) EXCLUDES(m_mutex);
 
+    /// That of the last device while closed: another mode would make nodes forget what they have cached.
     GenApi::EAccessMode GetAccessMode() const override;
     void Read(void* buffer, std::int64_t address, std::int64_t length) override;
     void Write(const void* buffer, std::int64_t address, std::int64_t length) override;
@@ -23,6 +25,7 @@ private:
     std::shared_ptr<Transport::IDevice> Device() const EXCLUDES(m_mutex);
     std::shared_ptr<Transport::IDevice> OpenDevice() const;
 
+    std::atomic<GenApi::EAccessMode> m_lastMode{GenApi::NA};
     mutable Mutex m_mutex;
     std::shared_ptr<Transport::IDevice> m_device GUARDED_BY(m_mutex);
 };
