@@ -144,6 +144,9 @@ std::vector<T> Integers(ColorProcessingAlgorithm algorithm, const Mosaic<T>& m) 
                            clamp((12 * c + 4 * d - 3 * (h2 + v2) + 8) >> 4)};
         });
     case EDGE_SENSING: {
+        const auto twice = [&](const Plane<long>& q, int y, int x) {
+            return (across(q, y - 1, x, 1) + across(q, y + 1, x, 1) + 1) >> 1;
+        };
         Plane<long> g(m.width, m.height);
         g.Fill(2, [&](int y, int x) {
             if (green(y, x)) {
@@ -153,7 +156,7 @@ std::vector<T> Integers(ColorProcessingAlgorithm algorithm, const Mosaic<T>& m) 
             const long alongColumn = std::labs(down(p, y, x, 2) - p(y, x));
             return alongRow < alongColumn   ? across(p, y, x, 1)
                    : alongRow > alongColumn ? down(p, y, x, 1)
-                                            : cross(p, y, x);
+                                            : (across(p, y, x, 1) + down(p, y, x, 1) + 1) >> 1;
         });
         return Render(m, [&](int y, int x) {
             const long here = g(y, x);
@@ -161,7 +164,7 @@ std::vector<T> Integers(ColorProcessingAlgorithm algorithm, const Mosaic<T>& m) 
                 return Numbers{clamp(here + across(p, y, x, 1) - across(g, y, x, 1)), here,
                                clamp(here + down(p, y, x, 1) - down(g, y, x, 1))};
             }
-            return Numbers{p(y, x), here, clamp(here + corners(p, y, x) - corners(g, y, x))};
+            return Numbers{p(y, x), here, clamp(here + twice(p, y, x) - twice(g, y, x))};
         });
     }
     default:

@@ -45,7 +45,7 @@ HWY_INLINE void GreenLine(const Window& window, std::ptrdiff_t y, const MosaicSh
         const auto north = hn::LoadU(d, above + x), south = hn::LoadU(d, below + x);
         const auto across = hn::AverageRound(west, east);
         const auto down = hn::AverageRound(north, south);
-        const auto cross = MeanOfFour(d, west, east, across, north, south, down);
+        const auto cross = hn::AverageRound(across, down);
         const auto changeAcross =
             Distance(hn::AverageRound(hn::LoadU(d, here + x - 2), hn::LoadU(d, here + x + 2)), center);
         const auto changeDown =
@@ -84,9 +84,10 @@ void EdgeSensing(const Band<T>& band) {
         const WindowRow<T> out{{}, band.sink.BeginRow(row), shape.width, phase};
         ForColorVectors(d, out, [&](std::size_t x, auto& own, auto& green, auto& other) HWY_ATTR {
             const auto corners = [&](const T* up, const T* down) HWY_ATTR {
-                const auto a = hn::LoadU(d, up + x - 1), b = hn::LoadU(d, up + x + 1);
-                const auto c = hn::LoadU(d, down + x - 1), e = hn::LoadU(d, down + x + 1);
-                return MeanOfFour(d, a, b, hn::AverageRound(a, b), c, e, hn::AverageRound(c, e));
+                // Rounded twice; the difference of two such means is what counts.
+                return hn::AverageRound(
+                    hn::AverageRound(hn::LoadU(d, up + x - 1), hn::LoadU(d, up + x + 1)),
+                    hn::AverageRound(hn::LoadU(d, down + x - 1), hn::LoadU(d, down + x + 1)));
             };
             const auto pair = [&](const T* one, const T* two) HWY_ATTR {
                 return hn::AverageRound(hn::LoadU(d, one + x), hn::LoadU(d, two + x));
