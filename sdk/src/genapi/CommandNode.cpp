@@ -95,6 +95,7 @@ void CommandNode::PollNow() {
 }
 
 std::int64_t CommandNode::ReadInteger(bool fresh) {
+    RequireSound();
     return m_target.Read(fresh);
 }
 

@@ -136,7 +136,7 @@ std::int64_t Formula::EvaluateInteger(Load&& load) const {
         [](void* context, std::uint32_t index) -> std::int64_t {
             return static_cast<std::int64_t>((*static_cast<L*>(context))(index));
         },
-        &load);
+        const_cast<void*>(static_cast<const void*>(&load)));
 }
 
 template <class Load>
@@ -146,7 +146,7 @@ double Formula::EvaluateFloat(Load&& load) const {
         [](void* context, std::uint32_t index) -> double {
             return static_cast<double>((*static_cast<L*>(context))(index));
         },
-        &load);
+        const_cast<void*>(static_cast<const void*>(&load)));
 }
 
 } // namespace Norvane::GenApi

@@ -199,7 +199,7 @@ const std::uint8_t* RegisterCore::ReadToModify() {
     return Read(m_target->m_anyUncachable);
 }
 
-void RegisterCore::Write(const std::uint8_t* data) {
+void RegisterCore::Write(const std::uint8_t* data, std::int64_t length) {
     auto& map = m_owner.Map();
     auto& target = *m_target;
     if (!m_owner.IsCachable()) {
@@ -209,17 +209,18 @@ void RegisterCore::Write(const std::uint8_t* data) {
     std::vector<Node*> changed = target.Users();
     map.BytesWritten(target.Port(), target.Address(), target.Length(), &target, changed);
     try {
-        target.Port().Write(data, target.Address(), target.Length());
+        target.Port().Write(data, target.Address(), length);
     } catch (...) {
         target.ForgetBytes(); // nobody knows how far it came
         map.ValuesChanged(changed);
         Rethrow("writing");
     }
-    if (data != target.Bytes()) {
-        std::memcpy(target.Bytes(), data, static_cast<std::size_t>(target.Length()));
+    const bool whole = length == target.Length();
+    if (whole && data != target.Bytes()) {
+        std::memcpy(target.Bytes(), data, static_cast<std::size_t>(length));
     }
     target.Seen();
-    if (m_caching == WriteThrough) {
+    if (m_caching == WriteThrough && whole) {
         target.SetEpoch(map.NextEpoch());
     } else {
         target.ForgetBytes();

@@ -24,7 +24,9 @@ public:
     /// The register's bytes, Length() of them, valid until the next operation.
     const std::uint8_t* Read(bool fresh);
     /// Writes all of the register's bytes.
-    void Write(const std::uint8_t* data);
+    void Write(const std::uint8_t* data) { Write(data, Length()); }
+    /// Writes the first `length` bytes, at most Length(); the others stay as they are in the device.
+    void Write(const std::uint8_t* data, std::int64_t length);
     /// The bytes before some bits of them are written: as known, else read, else (for a register that cannot
     /// be read) as last written.
     const std::uint8_t* ReadToModify();

@@ -15,11 +15,11 @@ void RegisterOf<Base>::Set(const std::uint8_t* data, std::int64_t length, bool v
     const Operation operation(this->m_map);
     this->RequireWritable();
     const auto expected = m_register.Length();
-    if (length != expected) {
-        this->Fail(Error::GenApiOutOfRange,
-                   std::to_string(length) + " bytes do not fill its " + std::to_string(expected) + " bytes");
+    if (length < 1 || length > expected) {
+        this->Fail(Error::GenApiOutOfRange, std::to_string(length) + " bytes do not fit into its " +
+                                                std::to_string(expected) + " bytes");
     }
-    m_register.Write(data);
+    m_register.Write(data, length);
     if (verify) {
         this->CheckErrors();
     }
@@ -90,6 +90,8 @@ bool IntRegNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
         return true;
     case Tag::Sign:
         m_layout.isSigned = loader.Word(*this, element, {"Unsigned", "Signed"}, 0) == 1;
+        return true;
+    case Tag::StructEntry: // the StructReg's elements are loaded as each entry's own
         return true;
     case Tag::Bit:
         m_layout.lsb = m_layout.msb = loader.Integer(*this, element);

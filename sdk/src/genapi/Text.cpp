@@ -97,8 +97,8 @@ std::string FormatShortest(double value) {
         return value < 0 ? "-INF" : "INF";
     }
     char text[64];
-    const auto single = static_cast<float>(
-        std::abs(value) <= static_cast<double>(std::numeric_limits<float>::max()) ? value : 0.0);
+    // Beyond 24 bits the short text of a float would no longer show the digits of a whole number.
+    const auto single = static_cast<float>(std::abs(value) < 16777216.0 ? value : 0.0);
     const auto result = static_cast<double>(single) == value ? std::to_chars(text, text + sizeof text, single)
                                                              : std::to_chars(text, text + sizeof text, value);
     return {text, result.ptr};

@@ -1,0 +1,189 @@
+#include "TestMap.h"
+
+#include <fstream>
+#include <random>
+#include <sstream>
+
+namespace Norvane::GenApi {
+namespace {
+
+TEST(Cache, SecondReadsCostNothing) {
+    TestMap t(Reg("A", 0) + Reg("B", 4, "<Cachable>NoCache</Cachable>") +
+              "<IntSwissKnife Name=\"Sum\"><pVariable "
+              "Name=\"A\">A</pVariable><Formula>A+1</Formula></IntSwissKnife>"
+              "<Integer "
+              "Name=\"Limited\"><pIsAvailable>A</pIsAvailable><pIsLocked>A</pIsLocked><pMax>A</"
+              "pMax><Value>1</Value></Integer>"
+              "<IntSwissKnife Name=\"Volatile\"><pVariable "
+              "Name=\"B\">B</pVariable><Formula>B</Formula></IntSwissKnife>");
+    t.port->Poke(0, 5);
+    EXPECT_EQ(t.Int("Sum")->GetValue(), 6);
+    EXPECT_EQ(t.Int("Limited")->GetMax(), 5);
+    EXPECT_EQ(t.Access("Limited"), RO);
+    EXPECT_EQ(t.port->reads, 1);
+    t.Int("Volatile")->GetValue();
+    t.port->Poke(4, 7);
+    EXPECT_EQ(t.Int("Volatile")->GetValue(), 7);
+    EXPECT_FALSE(t.Get<INode>("Volatile")->IsCachable());
+    EXPECT_EQ(t.port->reads, 3);
+    // Past the cache: the change is noticed, and by what depends on it too.
+    t.port->Poke(0, 50);
+    EXPECT_EQ(t.Int("Sum")->GetValue(), 6);
+    EXPECT_EQ(t.Int("A")->GetValue(false, true), 50);
+    EXPECT_EQ(t.Int("Sum")->GetValue(), 51);
+    t.map->InvalidateNodes();
+    const int reads = t.port->reads;
+    t.Int("Sum")->GetValue();
+    EXPECT_EQ(t.port->reads, reads + 1);
+}
+
+TEST(Cache, WritingByCachingMode) {
+    TestMap t(Reg("Through", 0) + Reg("Around", 4, "<Cachable>WriteAround</Cachable>") +
+              Reg("None", 8, "<Cachable>NoCache</Cachable>"));
+    for (const auto& [name, readsAfter] : {std::pair{"Through", 0}, {"Around", 1}, {"None", 2}}) {
+        t.port->reads = 0;
+        t.Int(name)->SetValue(3);
+        t.Int(name)->GetValue();
+        t.Int(name)->GetValue();
+        EXPECT_EQ(t.port->reads, readsAfter) << name;
+    }
+}
+
+/// Registers that share bytes see one another's writes, and an equal one costs one read for all.
+TEST(Cache, SharedBytes) {
+    const std::string common = "<Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>";
+    TestMap t(
+        "<StructReg Comment=\"S\"><Address>16</Address>" + common +
+        "<Endianess>LittleEndian</Endianess><StructEntry Name=\"Low\"><LSB>0</LSB><MSB>7</MSB></StructEntry>"
+        "<StructEntry Name=\"High\"><LSB>8</LSB><MSB>15</MSB></StructEntry></StructReg>" +
+        Reg("Whole", 16) +
+        "<IntReg Name=\"Byte\"><Address>17</Address><Length>1</Length><AccessMode>RW</AccessMode></IntReg>"
+        "<Register "
+        "Name=\"Table\"><Address>0</Address><Length>200</Length><AccessMode>RW</AccessMode></Register>");
+    t.port->Poke(16, 0x0201);
+    EXPECT_EQ(t.Int("Low")->GetValue(), 1);
+    EXPECT_EQ(t.Int("High")->GetValue(), 2);
+    EXPECT_EQ(t.Int("Whole")->GetValue(), 0x201);
+    EXPECT_EQ(t.port->reads, 1);
+    EXPECT_EQ(t.Int("Byte")->GetValue(), 2);
+    t.Int("High")->SetValue(5);
+    EXPECT_EQ(t.Int("Whole")->GetValue(), 0x501);
+    EXPECT_EQ(t.Int("Byte")->GetValue(), 5);
+    t.Int("Byte")->SetValue(6);
+    EXPECT_EQ(t.Int("High")->GetValue(), 6);
+    std::vector<std::uint8_t> table(200, 9);
+    t.Get<IRegister>("Table")->Set(table.data(), 200);
+    EXPECT_EQ(t.Int("Whole")->GetValue(), 0x09090909);
+    t.Int("Whole")->SetValue(1);
+    t.Get<IRegister>("Table")->Get(table.data(), 200);
+    EXPECT_EQ(table[16], 1);
+    EXPECT_EQ(table[20], 9);
+}
+
+TEST(Cache, WhatForgets) {
+    TestMap t("<Integer Name=\"Selector\"><Value>0</Value><pSelected>Selected</pSelected></Integer>" +
+              Reg("Behind", 0) + "<Integer Name=\"Selected\"><pValue>Behind</pValue></Integer>" +
+              Reg("Invalidated", 4, "<pInvalidator>Go</pInvalidator>") +
+              "<Command Name=\"Go\"><pValue>GoReg</pValue><CommandValue>1</CommandValue></Command>" +
+              Reg("GoReg", 8) +
+              "<IntReg Name=\"Indexed\"><Address>16</Address><pIndex "
+              "Offset=\"4\">Selector</pIndex><Length>4</Length>"
+              "<AccessMode>RW</AccessMode></IntReg>"
+              "<IntSwissKnife Name=\"Last\"><pVariable "
+              "Name=\"A\">Invalidated</pVariable><Formula>A</Formula></IntSwissKnife>");
+    const auto expect = [&t](const char* name, std::int64_t value) {
+        EXPECT_EQ(t.Int(name)->GetValue(), value) << name;
+    };
+    t.port->Poke(16, 100);
+    t.port->Poke(20, 200);
+    expect("Selected", 0);
+    expect("Last", 0);
+    expect("Indexed", 100);
+    t.port->Poke(0, 1);
+    t.port->Poke(4, 2);
+    expect("Selected", 0); // cached
+    t.Int("Selector")->SetValue(1);
+    expect("Selected", 1);
+    expect("Indexed", 200);
+    t.Int("Indexed")->SetValue(201);
+    EXPECT_EQ(t.port->Peek(20), 201u);
+    expect("Last", 0);
+    t.Get<ICommand>("Go")->Execute();
+    expect("Last", 2);
+    t.port->Poke(0, 7);
+    t.Get<INode>("Selected")->InvalidateNode(); // reaches down to the register
+    expect("Selected", 7);
+}
+
+TEST(Cache, FailuresAreNotKept) {
+    TestMap t(Reg("A", 0) +
+              "<Integer Name=\"Gated\"><pIsAvailable>A</pIsAvailable><Value>1</Value></Integer>");
+    t.port->Poke(0, 1);
+    t.port->failing = true;
+    EXPECT_EQ(t.Access("Gated"), NA);
+    EXPECT_EQ(ErrorOf([&] { t.Int("A")->GetValue(); }), "A: reading 4 bytes at 0x0 failed: no answer");
+    t.port->failing = false;
+    EXPECT_EQ(t.Access("Gated"), RW);
+    t.Int("A")->SetValue(1);
+    t.port->failing = true;
+    EXPECT_THROW(t.Int("A")->SetValue(2), Exception);
+    t.port->failing = false;
+    t.port->Poke(0, 9); // how far the failed write came is the device's secret
+    EXPECT_EQ(t.Int("A")->GetValue(), 9);
+}
+
+TEST(Cache, Polling) {
+    TestMap t(Reg("Polled", 0, "<PollingTime>100</PollingTime>") +
+              Reg("Twin", 0, "<PollingTime>100</PollingTime>") +
+              Reg("Blocked", 4, "<PollingTime>100</PollingTime>") +
+              "<Integer Name=\"Over\"><pValue>Polled</pValue></Integer>");
+    t.Int("Over")->GetValue();
+    t.port->Poke(0, 5);
+    t.map->Poll(60);
+    EXPECT_EQ(t.Int("Over")->GetValue(), 0);
+    t.port->reads = 0;
+    t.map->Poll(60);
+    EXPECT_EQ(t.port->reads, 1); // one for both nodes, none for what nobody has asked for
+    EXPECT_EQ(t.Int("Over")->GetValue(), 5);
+    EXPECT_EQ(t.port->reads, 1);
+}
+
+/// Random writes through every kind, with every cached answer compared with the port.
+TEST(Cache, AuditFindsNoDifference) {
+    std::ifstream file(std::string(FIXTURES) + "/genapi/kinds.xml");
+    std::stringstream text;
+    text << file.rdbuf();
+    CacheAudit audit;
+    NodeMapOptions options;
+    options.cacheAudit = &audit;
+    const auto port = std::make_shared<CountingPort>();
+    const auto map = CreateNodeMap(text.str(), port, options);
+    node_vector nodes;
+    map->GetNodes(nodes);
+    std::mt19937 random(1);
+    for (int i = 0; i < 3000; ++i) {
+        INode* const written = nodes[random() % nodes.size()];
+        ErrorOf([&] {
+            if (const CIntegerPtr integer = written) {
+                integer->SetValue(random() % 300, false);
+            } else if (const CFloatPtr number = written) {
+                number->SetValue(random() % 300, false);
+            } else if (const CValuePtr value = written) {
+                value->FromString(i % 2 ? "1" : "On");
+            }
+        });
+        INode* const read = nodes[random() % nodes.size()];
+        read->GetAccessMode();
+        ErrorOf([&] {
+            CValuePtr(read)->ToString();
+            if (const CIntegerPtr integer = read) {
+                integer->GetMax();
+            }
+        });
+    }
+    EXPECT_GT(audit.reads, 1000u);
+    EXPECT_EQ(audit.differences, 0u);
+}
+
+} // namespace
+} // namespace Norvane::GenApi
