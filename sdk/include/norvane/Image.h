@@ -86,7 +86,9 @@ public:
     /// @throws Exception when this image lies over caller memory or `source` is released.
     virtual void DeepCopy(const ImagePtr& source) = 0;
 
-    /// A new image in `format`. Depth is scaled to the target's; mono becomes grey.
+    /// A new image in `format`, which is an unpacked mono, Bayer, RGB or BGR format of 8 to 16 bits or the
+    /// image's own. Depth is scaled so that full scale stays full scale; mono becomes grey, colour becomes
+    /// luma (ITU-R BT.601). An incomplete image converts as it is.
     /// @throws Exception (ImageConversion) for a pair of formats that the library cannot convert,
     ///         (InvalidBuffer) when the pixels are fewer than the geometry says.
     virtual ImagePtr Convert(PixelFormatEnums format, ColorProcessingAlgorithm algorithm = DEFAULT) const = 0;
@@ -94,7 +96,9 @@ public:
     virtual void Convert(const ImagePtr& destination, ColorProcessingAlgorithm algorithm = DEFAULT) const = 0;
 
     /// Writes the image to a file. The name is UTF-8. With FILE_FORMAT_FROM_FILE_EXT the extension decides
-    /// and an unknown one is an error. A half-written file is removed.
+    /// and an unknown one is an error. The file appears when it is whole; until then an older one stays. A
+    /// Bayer mosaic is written as grey. PNG and TIFF hold more than 8 bits as 16 (full scale stays full
+    /// scale), PGM, PPM and JPEG 2000 as they are; the other formats drop the low bits.
     /// @throws Exception (Io) with the system's reason, (FileFormat) for pixels that the format cannot hold.
     virtual void Save(const char* fileName, ImageFileFormat format = FILE_FORMAT_FROM_FILE_EXT) const = 0;
     virtual void Save(const char* fileName, const PNGOption& option) const = 0;

@@ -38,7 +38,7 @@ struct JPEGOption {
 };
 
 struct JPG2Option {
-    unsigned int quality = 16; ///< compression ratio, 1 (best) to 512
+    unsigned int quality = 16; ///< compression ratio, 1 (without loss) to 512
 };
 
 struct TIFFOption {
@@ -47,10 +47,10 @@ struct TIFFOption {
         PACKBITS,
         DEFLATE,
         ADOBE_DEFLATE,
-        CCITTFAX3, ///< bilevel images only
-        CCITTFAX4, ///< bilevel images only
+        CCITTFAX3, ///< mono images of black and white only
+        CCITTFAX4, ///< likewise
         LZW,
-        JPEG,
+        JPEG, ///< 8 bits
     };
     CompressionMethod compression = NONE;
 };

@@ -102,11 +102,62 @@ enum PixelFormatEnums : int {
     PixelFormat_RGB565p = 89,
     PixelFormat_BGRa16 = 90,
     PixelFormat_BGR565p = 91,
+    PixelFormat_RGBa10 = 92,
+    PixelFormat_RGBa12 = 93,
+    PixelFormat_RGBa14 = 94,
+    PixelFormat_BGRa10 = 95,
+    PixelFormat_BGRa12 = 96,
+    PixelFormat_BGRa14 = 97,
+    PixelFormat_RGBa10p = 98,
+    PixelFormat_RGBa12p = 99,
+    PixelFormat_BGRa10p = 100,
+    PixelFormat_BGRa12p = 101,
+    PixelFormat_RGB10_Planar = 102,
+    PixelFormat_RGB12_Planar = 103,
+    PixelFormat_RGB16_Planar = 104,
+    PixelFormat_YCbCr10_CbYCr = 105,
+    PixelFormat_YCbCr10p_CbYCr = 106,
+    PixelFormat_YCbCr12_CbYCr = 107,
+    PixelFormat_YCbCr12p_CbYCr = 108,
+    PixelFormat_YCbCr422_10 = 109,
+    PixelFormat_YCbCr422_10_CbYCrY = 110,
+    PixelFormat_YCbCr422_10p = 111,
+    PixelFormat_YCbCr422_10p_CbYCrY = 112,
+    PixelFormat_YCbCr422_12 = 113,
+    PixelFormat_YCbCr422_12_CbYCrY = 114,
+    PixelFormat_YCbCr422_12p = 115,
+    PixelFormat_YCbCr422_12p_CbYCrY = 116,
+    PixelFormat_YCbCr601_10_CbYCr = 117,
+    PixelFormat_YCbCr601_10p_CbYCr = 118,
+    PixelFormat_YCbCr601_12_CbYCr = 119,
+    PixelFormat_YCbCr601_12p_CbYCr = 120,
+    PixelFormat_YCbCr601_422_10 = 121,
+    PixelFormat_YCbCr601_422_10_CbYCrY = 122,
+    PixelFormat_YCbCr601_422_10p = 123,
+    PixelFormat_YCbCr601_422_10p_CbYCrY = 124,
+    PixelFormat_YCbCr601_422_12 = 125,
+    PixelFormat_YCbCr601_422_12_CbYCrY = 126,
+    PixelFormat_YCbCr601_422_12p = 127,
+    PixelFormat_YCbCr601_422_12p_CbYCrY = 128,
+    PixelFormat_YCbCr709_10_CbYCr = 129,
+    PixelFormat_YCbCr709_10p_CbYCr = 130,
+    PixelFormat_YCbCr709_12_CbYCr = 131,
+    PixelFormat_YCbCr709_12p_CbYCr = 132,
+    PixelFormat_YCbCr709_422_10 = 133,
+    PixelFormat_YCbCr709_422_10_CbYCrY = 134,
+    PixelFormat_YCbCr709_422_10p = 135,
+    PixelFormat_YCbCr709_422_10p_CbYCrY = 136,
+    PixelFormat_YCbCr709_422_12 = 137,
+    PixelFormat_YCbCr709_422_12_CbYCrY = 138,
+    PixelFormat_YCbCr709_422_12p = 139,
+    PixelFormat_YCbCr709_422_12p_CbYCrY = 140,
     PixelFormat_Raw8 = 246,
     PixelFormat_Raw16 = 247,
 };
 
-/// The order of colour filters: the colours of the first two pixels of the first row.
+/// The order of colour filters: the colours of the first two pixels of the first row as transmitted (PFNC,
+/// "Bayer" formats). A camera whose window begins at an odd offset announces another format, so offsets are
+/// never added.
 enum class BayerPhase : std::uint8_t { None, GR, RG, GB, BG };
 
 /// What the library knows of one pixel format.
@@ -125,7 +176,8 @@ const PixelFormatInfo* FindPixelFormat(PixelFormatEnums format) noexcept;
 const PixelFormatInfo* FindPixelFormatByPfnc(std::uint32_t pfncCode) noexcept;
 const PixelFormatInfo* FindPixelFormatByName(std::string_view name) noexcept;
 
-/// Bytes of an image without line padding: rows start on a byte; groups that share bytes are rounded up.
+/// Bytes of an image without line padding, 0 for an unknown format. Rows start on a byte; a group of pixels
+/// that shares chroma counts as a whole.
 std::uint64_t PixelFormatImageSize(PixelFormatEnums format, std::uint64_t width,
                                    std::uint64_t height) noexcept;
 
