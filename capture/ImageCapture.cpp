@@ -152,7 +152,10 @@ void ImageCapture::close() {
         m_isClosed = true;
         singleIsPending = m_singleIsPending;
     }
-    OnStopContinuousCapture();
+    // What this worker did not begin is another's: the camera may have been opened anew since.
+    if (m_acquiring) {
+        OnStopContinuousCapture();
+    }
     if (singleIsPending) {
         const auto device = Device();
         attempt("Abandoning a single capture", [&] {
