@@ -1,0 +1,247 @@
+#include "EmulatorFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <mutex>
+#include <set>
+
+namespace Norvane::Test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class EmulatorSystemTest : public EmulatorFixture {};
+
+class ImageCounter : public ImageEventHandler {
+public:
+    void OnImageEvent(ImagePtr image) override {
+        ++images;
+        incomplete += image->IsIncomplete() ? 1 : 0;
+        bytes = image->GetImageSize();
+    }
+    std::atomic<int> images{0};
+    std::atomic<int> incomplete{0};
+    std::atomic<std::size_t> bytes{0};
+};
+
+class RemovalRecorder : public InterfaceEventHandler {
+public:
+    void OnDeviceArrival(std::uint64_t) override { ++arrivals; }
+    void OnDeviceRemoval(std::uint64_t number) override { removed = number; }
+    std::atomic<int> arrivals{0};
+    std::atomic<std::uint64_t> removed{0};
+};
+
+TEST_F(EmulatorSystemTest, UnplugAndPlugInMidStream) {
+    AddInterface();
+    AddCamera("1001");
+    Start();
+    const CameraPtr camera = Find("1001");
+    ASSERT_TRUE(camera.IsValid());
+    RemovalRecorder events;
+    m_system->RegisterInterfaceEventHandler(events);
+    for (int round = 0; round < 3; ++round) {
+        ImageCounter counter;
+        camera->Init();
+        GenApi::INodeMap* map = &camera->GetNodeMap();
+        camera->RegisterEventHandler(counter);
+        camera->BeginAcquisition();
+        ASSERT_TRUE(Eventually([&] { return counter.images >= 3; }));
+        EXPECT_EQ(counter.bytes, 320U * 240U);
+        events.removed = 0;
+        events.arrivals = 0;
+        Unplug("1001");
+        ASSERT_TRUE(Eventually([&] { return events.removed == 1001; }));
+        EXPECT_FALSE(camera->IsValid());
+        EXPECT_FALSE(camera->IsStreaming());
+        EXPECT_NE(ErrorOf([&] { camera->Init(); }), Error::Success);
+        camera->UnregisterEventHandler(counter);
+        camera->DeInit();
+        AddCamera("1001");
+        ASSERT_TRUE(Eventually([&] { return events.arrivals == 1; }));
+        EXPECT_TRUE(camera->IsValid());
+        camera->Init();
+        EXPECT_EQ(&camera->GetNodeMap(), map);
+    }
+    m_system->UnregisterInterfaceEventHandler(events);
+}
+
+TEST_F(EmulatorSystemTest, UnplugWakesAGrabAndRemovesTheInterface) {
+    AddInterface();
+    AddCamera("1001", "frame-rate=1");
+    Start();
+    const CameraPtr camera = Find("1001");
+    camera->Init();
+    camera->BeginAcquisition();
+    auto grab = std::async(std::launch::async, [&] {
+        return ErrorOf([&] {
+            for (;;) {
+                camera->GetNextImage();
+            }
+        });
+    });
+    RemoveInterface("GigE-0");
+    ASSERT_EQ(grab.wait_for(10s), std::future_status::ready);
+    EXPECT_EQ(grab.get(), Error::Abort);
+    EXPECT_TRUE(Eventually([&] { return m_system->GetCameras(true).GetSize() == 0; }));
+}
+
+TEST_F(EmulatorSystemTest, UnplugWhileOpenAndWhileOpening) {
+    AddInterface();
+    AddCamera("1001", "register-delay-us=20000");
+    Start();
+    const CameraPtr camera = Find("1001");
+    auto opening = std::async(std::launch::async, [&] { ErrorOf([&] { camera->Init(); }); });
+    Unplug("1001");
+    ASSERT_EQ(opening.wait_for(10s), std::future_status::ready);
+    ASSERT_TRUE(Eventually([&] { return !camera->IsValid() && !camera->IsInitialized(); }));
+
+    AddCamera("1001");
+    ASSERT_TRUE(Eventually([&] { return camera->IsValid(); }));
+    ASSERT_TRUE(Eventually([&] { return ErrorOf([&] { camera->Init(); }) == Error::Success; }));
+    const GenApi::CIntegerPtr width = camera->GetNodeMap().GetNode("Width");
+    EXPECT_EQ(width->GetValue(), 320);
+    Unplug("1001");
+    ASSERT_TRUE(Eventually([&] { return !camera->IsValid(); }));
+    EXPECT_NE(ErrorOf([&] { width->GetValue(false, true); }), Error::Success);
+}
+
+TEST_F(EmulatorSystemTest, AnySerialTextIsOneNumberEverywhere) {
+    AddInterface();
+    const std::vector<std::string> serials = {"21034567", "98765432109876", "SN-4711/b", "0x12"};
+    for (const std::string& serial : serials) {
+        AddCamera(serial);
+    }
+    Start();
+    std::set<std::uint64_t> numbers;
+    for (const std::string& serial : serials) {
+        const CameraPtr camera = Find(serial);
+        ASSERT_TRUE(camera.IsValid()) << serial;
+        const std::uint64_t number = camera->GetDeviceNumber();
+        EXPECT_EQ(TextOf(camera->GetTLDeviceNodeMap(), "DeviceSerialNumber"), std::to_string(number));
+        EXPECT_LE(number, 2147483647U);
+        numbers.insert(number);
+    }
+    EXPECT_EQ(numbers.size(), serials.size());
+    EXPECT_EQ(numbers.count(21034567), 1U);
+}
+
+TEST_F(EmulatorSystemTest, CamerasThatCannotBeWorkedWithSaySo) {
+    AddInterface();
+    AddCamera("1", "access=RO");
+    AddCamera("2", "unusable=true");
+    AddCamera("3", "address=10.1.2.3");
+    Start();
+    const CameraPtr readOnly = Find("1");
+    readOnly->Init();
+    EXPECT_EQ(readOnly->GetAccessMode(), GenApi::RO);
+    EXPECT_EQ(ErrorOf([&] { readOnly->BeginAcquisition(); }), Error::AccessDenied);
+    EXPECT_EQ(TextOf(Find("2")->GetTLDeviceNodeMap(), "DeviceIsUnusable"), "1");
+    GenApi::INodeMap& wrong = Find("3")->GetTLDeviceNodeMap();
+    EXPECT_EQ(TextOf(wrong, "GevDeviceIsWrongSubnet"), "1");
+    const GenApi::CCommandPtr force = wrong.GetNode("GevDeviceAutoForceIP");
+    force->Execute();
+    EXPECT_TRUE(Eventually([&] { return TextOf(wrong, "GevDeviceIsWrongSubnet") == "0"; }));
+}
+
+TEST_F(EmulatorSystemTest, ABrokenDescriptionDoesNotKeepTheCameraClosed) {
+    AddInterface();
+    AddCamera("1", "description=" + WriteFile("cut.xml", "<?xml version=\"1.0\"?><RegisterDescription><Cat"));
+    AddCamera("2");
+    Start();
+    const CameraPtr camera = Find("1");
+    EXPECT_EQ(ErrorOf([&] { camera->Init(); }), Error::Success);
+    EXPECT_EQ(camera->GetNodeMap().GetNode("PixelFormat"), nullptr);
+    const CameraPtr other = Find("2");
+    other->Init();
+    EXPECT_NE(other->GetNodeMap().GetNode("PixelFormat"), nullptr);
+}
+
+TEST_F(EmulatorSystemTest, ASlowLinkKeepsNobodyWaitingForLong) {
+    AddInterface();
+    AddCamera("1", "register-delay-us=50000");
+    Start();
+    const CameraPtr camera = Find("1");
+    ASSERT_TRUE(Eventually([&] { return ErrorOf([&] { camera->Init(); }) == Error::Success; }));
+    ImageCounter counter;
+    camera->RegisterEventHandler(counter);
+    camera->BeginAcquisition();
+    EXPECT_TRUE(Eventually([&] { return counter.images >= 3; }));
+    camera->EndAcquisition();
+    camera->UnregisterEventHandler(counter);
+}
+
+TEST_F(EmulatorSystemTest, SingleFrameModeGivesOneImageAGrab) {
+    AddInterface();
+    AddCamera("1");
+    Start();
+    const CameraPtr camera = Find("1");
+    camera->Init();
+    SetText(camera->GetNodeMap(), "AcquisitionMode", "SingleFrame");
+    for (int grab = 0; grab < 3; ++grab) {
+        camera->BeginAcquisition();
+        EXPECT_EQ(camera->GetNextImage(5000)->GetWidth(), 320U);
+        EXPECT_EQ(ErrorOf([&] { camera->GetNextImage(100); }), Error::Timeout);
+        camera->EndAcquisition();
+    }
+}
+
+TEST_F(EmulatorSystemTest, ChunksComeWithTheImage) {
+    AddInterface();
+    AddCamera("1");
+    Start();
+    const CameraPtr camera = Find("1");
+    camera->Init();
+    GenApi::INodeMap& map = camera->GetNodeMap();
+    SetText(map, "ChunkModeActive", "1");
+    for (const char* chunk : {"FrameID", "ExposureTime"}) {
+        SetText(map, "ChunkSelector", chunk);
+        SetText(map, "ChunkEnable", "1");
+    }
+    camera->BeginAcquisition();
+    for (int i = 0; i < 3; ++i) {
+        const ImagePtr image = camera->GetNextImage(5000);
+        const ChunkData chunks = image->GetChunkData();
+        EXPECT_EQ(chunks.GetFrameID(), static_cast<std::int64_t>(image->GetFrameID()));
+        EXPECT_GT(chunks.GetExposureTime(), 0.0);
+        EXPECT_EQ(image->GetImageSize(), 320U * 240U);
+    }
+    camera->EndAcquisition();
+}
+
+TEST_F(EmulatorSystemTest, IncompleteImagesAreCounted) {
+    AddInterface();
+    AddCamera("1", "incomplete-every=2");
+    Start();
+    const CameraPtr camera = Find("1");
+    camera->Init();
+    ImageCounter counter;
+    camera->RegisterEventHandler(counter);
+    camera->BeginAcquisition();
+    ASSERT_TRUE(Eventually([&] { return counter.incomplete >= 3; }));
+    camera->EndAcquisition();
+    camera->UnregisterEventHandler(counter);
+    GenApi::INodeMap& stream = camera->GetTLStreamNodeMap();
+    EXPECT_GE(NumberOf(stream, "StreamIncompleteFrameCount"), counter.incomplete);
+    EXPECT_GE(NumberOf(stream, "StreamDeliveredFrameCount"), counter.images);
+    EXPECT_GT(counter.images, counter.incomplete);
+}
+
+TEST_F(EmulatorSystemTest, TheSystemStartsAgainAfterItsLastHandle) {
+    AddInterface();
+    AddCamera("1");
+    for (int round = 0; round < 3; ++round) {
+        Start();
+        EXPECT_EQ(System::GetInstance(), m_system) << "one system a process";
+        CameraPtr camera = Find("1");
+        ASSERT_TRUE(camera.IsValid());
+        camera->Init();
+        camera = nullptr;
+        m_system = nullptr;
+    }
+}
+
+} // namespace
+} // namespace Norvane::Test
