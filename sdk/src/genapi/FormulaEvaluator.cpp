@@ -240,8 +240,8 @@ public:
     T Run(std::uint32_t program) {
         using Rules = typename RulesOf<T>::Type;
         const auto& code = m_formula.m_programs[program].code;
-        T stack[Formula::kStack];
-        T* top = stack - 1;
+        T stack[Formula::kStack + 1]; // the first place lies below the bottom
+        T* top = stack;
         for (std::size_t at = 0; at < code.size(); ++at) {
             const auto [op, operand] = code[at];
             switch (op) {

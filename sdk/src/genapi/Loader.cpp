@@ -329,7 +329,20 @@ RegisterTarget* Loader::Target(const AddressPlan& plan) {
     return target;
 }
 
+void Loader::WatchPorts() {
+    for (PortNode* port : m_map.m_ports) {
+        IPort* const behind = port->Behind();
+        const auto known = std::any_of(m_map.m_livePorts.begin(), m_map.m_livePorts.end(),
+                                       [behind](const auto& live) { return live.port == behind; });
+        if (behind && !known) {
+            m_map.m_livePorts.push_back({behind, behind->GetAccessMode()});
+        }
+        port->ModeChanged();
+    }
+}
+
 void Loader::Connect() {
+    WatchPorts();
     EdgeSink edges;
     edges.m_edges.reserve(m_map.m_nodes.size() * 6);
     for (Node* node : m_map.m_nodes) {

@@ -61,6 +61,7 @@ private:
     template <class Kind, class... Arguments>
     Node* Make(pugi::xml_node xml, std::string_view name, Arguments&&... arguments);
     void LoadNodes();
+    void WatchPorts();
     void Connect();
     void ReportTrouble(const Graph::Trouble& trouble);
     void AddTriggers();

@@ -145,7 +145,7 @@ std::uint64_t Node::EpochNow() const {
 }
 
 bool Node::Auditing() const {
-    return m_map.Options().cacheAudit != nullptr;
+    return m_map.Auditing();
 }
 
 void Node::Audit(bool same) const {
@@ -169,13 +169,17 @@ void Node::Forget(Facet facet, bool) {
 }
 
 EAccessMode Node::Access() {
+    if ((m_valid & (kPresence | kLock)) == (kPresence | kLock) && !m_map.Auditing()) {
+        const auto mode = static_cast<EAccessMode>(m_presence);
+        return m_locked ? WithoutWriting(mode) : mode;
+    }
     const auto mode = Presence();
     return IsWritable(mode) && Locked() ? WithoutWriting(mode) : mode;
 }
 
 EAccessMode Node::Presence() {
     if (Has(kPresence)) {
-        if (Auditing()) {
+        if (m_map.Auditing()) {
             Audit(ComputePresence() == m_presence);
         }
         return static_cast<EAccessMode>(m_presence);

@@ -44,17 +44,7 @@ std::uint64_t NodeMap::GetNumNodes() const {
     return m_byName.size();
 }
 
-void NodeMap::Enter() {
-    m_mutex.lock();
-    m_callbacks.Enter();
-}
-
-void NodeMap::Leave() noexcept {
-    if (!m_callbacks.ChangesPending() || !m_callbacks.IsOutermost()) {
-        m_callbacks.Leave();
-        m_mutex.unlock();
-        return;
-    }
+void NodeMap::LeaveAndCall() noexcept {
     m_callbacks.RunInside();
     const auto due = m_callbacks.TakeOutside();
     m_callbacks.Leave();
@@ -120,7 +110,10 @@ void NodeMap::InvalidateNodes() const {
     }
 }
 
-void NodeMap::CheckPorts() {
+void NodeMap::PortModesChanged() {
+    for (auto& live : m_livePorts) {
+        live.mode = live.port->GetAccessMode();
+    }
     for (PortNode* port : m_ports) {
         CheckPort(*port);
     }

@@ -35,14 +35,25 @@ public:
     void InvalidateNodes() const override;
     void Poll(std::int64_t elapsedMs) override;
 
-    void Enter() ACQUIRE(m_mutex);
-    void Leave() noexcept RELEASE(m_mutex);
+    void Enter() ACQUIRE(m_mutex) {
+        m_mutex.lock();
+        m_callbacks.Enter();
+    }
+    void Leave() noexcept RELEASE(m_mutex) {
+        if (m_callbacks.ChangesPending() && m_callbacks.IsOutermost()) {
+            LeaveAndCall();
+            return;
+        }
+        m_callbacks.Leave();
+        m_mutex.unlock();
+    }
     void AttachChunks(const std::map<std::uint64_t, ChunkView>& chunksById);
     CallbackList& Callbacks() { return m_callbacks; }
 
     // ---- with the lock held
 
     const NodeMapOptions& Options() const { return m_options; }
+    bool Auditing() const { return m_options.cacheAudit != nullptr; }
     /// Grows whenever something cached is forgotten or could not be read, and never repeats.
     std::uint64_t Epoch() const { return m_epoch; }
     std::uint64_t NextEpoch() { return ++m_epoch; }
@@ -53,8 +64,15 @@ public:
     void ValuesChanged(const std::vector<Node*>& nodes);
     /// Forgets the node itself, the registers behind it, and what depends on them.
     void Refresh(Node& node);
-    /// Takes notice of a port that was opened or closed.
-    void CheckPorts();
+    /// Takes notice of a port that was opened or closed. Part of every operation, so as cheap as can be.
+    void CheckPorts() {
+        for (const auto& live : m_livePorts) {
+            if (live.port->GetAccessMode() != live.mode) {
+                PortModesChanged();
+                return;
+            }
+        }
+    }
     void CheckPort(PortNode& port);
 
     void AddChanged(Node& node) { m_callbacks.AddChanged(node); }
@@ -71,6 +89,8 @@ private:
     friend class Loader;
     friend class Node;
 
+    void LeaveAndCall() noexcept RELEASE(m_mutex);
+    void PortModesChanged();
     /// False when the device does not answer.
     bool PollNode(Node& node, std::uint64_t since);
 
@@ -86,6 +106,11 @@ private:
     std::unordered_map<std::string_view, Node*> m_byName;
     std::unordered_map<const Node*, std::string> m_faults;
     std::vector<std::unique_ptr<RegisterTarget>> m_targets;
+    struct LivePort {
+        IPort* port;
+        EAccessMode mode;
+    };
+    std::vector<LivePort> m_livePorts;   ///< each one behind m_ports once
     std::vector<PortNode*> m_ports;      ///< whose mode can change at any time
     std::vector<PortNode*> m_chunkPorts; ///< change only when chunks are attached
     Graph m_graph;

@@ -19,6 +19,7 @@ public:
     bool LoadElement(Tag tag, pugi::xml_node element, Loader& loader) override;
     void CollectEdges(EdgeSink& edges) override;
     void SetPort(std::shared_ptr<IPort> port) { m_port = std::move(port); }
+    IPort* Behind() const { return m_port.get(); }
     bool IsChunk() const { return m_isChunk; }
     bool IsEvent() const { return m_isEvent; }
     /// Whether numbers are stored in the other byte order than registers say.
