@@ -68,6 +68,11 @@ Feature& Feature::Locked() {
     return Flag(RegisterBank::Fixed);
 }
 
+Feature& Feature::Stored() {
+    InvalidatedBy({"UserSetLoad"});
+    return Flag(RegisterBank::Stored);
+}
+
 Feature& Feature::Limit(const char* element, double value) {
     // A whole number must not be written as 1e+06: integer nodes read digits only.
     const bool whole = value == static_cast<double>(static_cast<std::int64_t>(value));

@@ -36,7 +36,8 @@ public:
     Feature& ReadOnly() { return Access(RegisterBank::Readable); }
     Feature& ReadWrite() { return Access(RegisterBank::Readable | RegisterBank::Writable); }
     Feature& WriteOnly() { return Access(RegisterBank::Writable); }
-    Feature& Stored() { return Flag(RegisterBank::Stored); }   ///< part of the user sets
+    /// Part of the user sets.
+    Feature& Stored();
     Feature& Imaging() { return Flag(RegisterBank::Imaging); } ///< alters the images
     Feature& Locked();                                         ///< fixed while the camera acquires
     Feature& Available(const char* node) { return Element("pIsAvailable", node); }

@@ -221,6 +221,13 @@ std::uint32_t EmulatedFormat::GroupBytes() const {
     return GroupPixels() * bits / 8;
 }
 
+std::size_t EmulatedFormat::RowBytes(std::uint32_t width) const {
+    if (packing == P::LsbPacked || packing == P::GevPacked) {
+        return (std::size_t{width} * BitsPerPixel() + 7) / 8;
+    }
+    return std::size_t{(width + GroupPixels() - 1) / GroupPixels()} * GroupBytes();
+}
+
 const std::vector<EmulatedFormat>& EmulatedFormats() {
     static const std::vector<EmulatedFormat> kFormats = MakeFormats();
     return kFormats;
@@ -317,23 +324,26 @@ void PixelWriter::Pack(std::uint32_t x, std::uint32_t count, std::uint8_t* row) 
     case P::GevPacked: {
         const unsigned low = m_format.bits - 8U;
         const unsigned mask = (1U << low) - 1;
-        for (std::uint32_t i = 0; i < groups; ++i, in += 2, out += 3) {
+        for (std::uint32_t i = 0; i < groups; ++i, in += 2) {
             const unsigned a = in[0] >> (16U - m_format.bits), b = in[1] >> (16U - m_format.bits);
-            out[0] = static_cast<std::uint8_t>(a >> low);
-            out[1] = static_cast<std::uint8_t>((a & mask) | (b & mask) << 4);
-            out[2] = static_cast<std::uint8_t>(b >> low);
+            *out++ = static_cast<std::uint8_t>(a >> low);
+            *out++ = static_cast<std::uint8_t>((a & mask) | (b & mask) << 4);
+            if (2 * i + 1 < count) {
+                *out++ = static_cast<std::uint8_t>(b >> low);
+            }
         }
         break;
     }
     case P::LsbPacked: {
-        const std::uint32_t perGroup = m_format.GroupPixels(), bytes = m_format.GroupBytes();
+        const std::uint32_t perGroup = m_format.GroupPixels();
         for (std::uint32_t i = 0; i < groups; ++i) {
             std::uint64_t stream = 0;
             for (std::uint32_t k = 0; k < perGroup; ++k) {
                 stream |= std::uint64_t{static_cast<std::uint16_t>(*in++ >> (16U - m_format.bits))}
                           << k * m_format.bits;
             }
-            for (std::uint32_t k = 0; k < bytes; ++k) {
+            const std::uint32_t pixels = std::min(perGroup, count - i * perGroup);
+            for (std::uint32_t k = 0; k < (pixels * m_format.bits + 7) / 8; ++k) {
                 *out++ = static_cast<std::uint8_t>(stream >> 8 * k);
             }
         }

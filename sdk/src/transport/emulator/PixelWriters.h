@@ -47,9 +47,7 @@ struct EmulatedFormat {
     /// of groups.
     std::uint32_t GroupPixels() const;
     std::uint32_t GroupBytes() const;
-    std::size_t RowBytes(std::uint32_t width) const {
-        return std::size_t{(width + GroupPixels() - 1) / GroupPixels()} * GroupBytes();
-    }
+    std::size_t RowBytes(std::uint32_t width) const;
     std::uint32_t BitsPerPixel() const { return pfncCode >> 16 & 0xFF; }
 };
 

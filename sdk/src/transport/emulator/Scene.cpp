@@ -391,20 +391,34 @@ void Scene::PaintObject(const SceneObject& object, const ImageGeometry& geometry
     const PixelRect box = map.Box(object.x - r, object.y - r, object.x + r, object.y + r, canvas.rect);
     const Rgb& base = kColours[object.shape];
     const double rim = std::max(2.0, object.radius * 0.08);
+    const double shadeStep = 0.35 / (2 * object.radius);
     for (std::int32_t y = box.top; y < box.bottom; ++y) {
-        std::uint16_t* pixel = canvas.At(box.left, y);
         const double sensorY = map.Y(y);
-        for (std::int32_t x = box.left; x < box.right; ++x, pixel += 3) {
+        const double shade = 1.0 - shadeStep * (sensorY - object.y + object.radius);
+        const std::uint16_t inside[3] = {Level(base[0] * shade), Level(base[1] * shade),
+                                         Level(base[2] * shade)};
+        // The shapes are convex: a row has one run of inside pixels between two edges, and only the edges
+        // need care.
+        const auto paintEdge = [&](std::int32_t x) {
             const double distance = DistanceTo(object, map.X(x), sensorY);
-            if (distance >= 0.5) {
-                continue;
+            if (distance <= -rim) {
+                return false;
             }
-            if (distance > -rim) {
-                Blend(pixel, {0.97, 0.97, 0.95}, std::clamp(0.5 - distance, 0.0, 1.0));
-            } else {
-                const double shade = 1.0 - 0.35 * (sensorY - object.y + object.radius) / (2 * object.radius);
-                Put(pixel, {base[0] * shade, base[1] * shade, base[2] * shade});
+            if (distance < 0.5) {
+                Blend(canvas.At(x, y), {0.97, 0.97, 0.95}, std::clamp(0.5 - distance, 0.0, 1.0));
             }
+            return true;
+        };
+        std::int32_t left = box.left, right = box.right;
+        while (left < right && paintEdge(left)) {
+            ++left;
+        }
+        while (right > left && paintEdge(right - 1)) {
+            --right;
+        }
+        std::uint16_t* pixel = canvas.At(box.left, y) + 3 * (left - box.left);
+        for (std::int32_t x = left; x < right; ++x, pixel += 3) {
+            std::copy_n(inside, 3, pixel);
         }
     }
 }

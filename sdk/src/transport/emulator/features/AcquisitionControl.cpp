@@ -104,7 +104,7 @@ void AddRate(FeatureBuilder& f, CameraModel& camera) {
         .Available("FrameRateEnabled")
         .Element("DisplayNotation", "Fixed")
         .Element("DisplayPrecision", 3)
-        .InvalidatedBy({"ExposureTimeTicks", "UserSetLoad"})
+        .InvalidatedBy({"ExposureTimeTicks"})
         .Polled(1000)
         .Initial(30.0)
         .OnWrite([&bank, &camera, wake] {
@@ -149,7 +149,9 @@ void AddExposure(FeatureBuilder& f, CameraModel& camera) {
     // The register counts hundredths of a microsecond.
     bank.Add("ExposureTicks", RegisterBank::Type::Unsigned, 4,
              RegisterBank::Readable | RegisterBank::Writable | RegisterBank::Stored | RegisterBank::Imaging);
-    f.Locate(f.Helper("IntReg", "ExposureTimeTicks"), "ExposureTicks", 4, "RW");
+    XmlNode& ticks = f.Helper("IntReg", "ExposureTimeTicks");
+    f.Locate(ticks, "ExposureTicks", 4, "RW");
+    ticks.Add("pInvalidator", "UserSetLoad").Add("pInvalidator", "ExposureAutoReg").Add("PollingTime", 1000);
     XmlNode& converter = f.Helper("Converter", "ExposureTimeConverter");
     converter.Add("FormulaTo", "FROM * 100")
         .Add("FormulaFrom", "TO / 100")
@@ -160,6 +162,8 @@ void AddExposure(FeatureBuilder& f, CameraModel& camera) {
         .Min(kSmallestExposureUs)
         .Max(kLargestExposureUs)
         .Representation("Logarithmic")
+        .Element("DisplayNotation", "Fixed")
+        .Element("DisplayPrecision", 2)
         .Available("ExposureIsTimed")
         .Element("pIsLocked", "ExposureIsAutomatic")
         .ValueFrom("ExposureTimeConverter");

@@ -72,7 +72,7 @@ void AddColour(FeatureBuilder& f) {
         .Imaging()
         .Element("pIsLocked", "BalanceIsAutomatic")
         .Initial(1.0)
-        .InvalidatedBy({"BalanceWhiteAutoReg", "UserSetLoad"});
+        .InvalidatedBy({"BalanceWhiteAutoReg"});
 }
 
 } // namespace
@@ -89,13 +89,9 @@ void AddAnalogControl(FeatureBuilder& f, CameraModel&) {
         .Min(0)
         .Max(12.5)
         .Stored()
-        .Imaging()
-        .InvalidatedBy({"UserSetLoad"});
+        .Imaging();
     AddColour(f);
-    f.Boolean("GammaEnable", "Whether Gamma bends the brightness curve.")
-        .Stored()
-        .Imaging()
-        .InvalidatedBy({"UserSetLoad"});
+    f.Boolean("GammaEnable", "Whether Gamma bends the brightness curve.").Stored().Imaging();
     f.Formula("GammaIsOn", "ON > 0", {{"ON", "GammaEnableReg"}});
     f.Float("Gamma", "Exponent of the brightness curve.")
         .Available("GammaIsOn")
@@ -103,8 +99,7 @@ void AddAnalogControl(FeatureBuilder& f, CameraModel&) {
         .Max(4)
         .Stored()
         .Imaging()
-        .Initial(1.0)
-        .InvalidatedBy({"UserSetLoad"});
+        .Initial(1.0);
 }
 
 void AddLutControl(FeatureBuilder& f, CameraModel&) {
@@ -114,11 +109,7 @@ void AddLutControl(FeatureBuilder& f, CameraModel&) {
         .Expert()
         .Selects({"LUTIndex", "LUTEnable", "LUTValue"})
         .Entry("Luminance", 0);
-    f.Boolean("LUTEnable", "Whether pixels pass through the table.")
-        .Expert()
-        .Stored()
-        .Imaging()
-        .InvalidatedBy({"UserSetLoad"});
+    f.Boolean("LUTEnable", "Whether pixels pass through the table.").Expert().Stored().Imaging();
     f.Integer("LUTIndex", "The entry that LUT Value shows.")
         .Guru()
         .Min(0)

@@ -104,11 +104,7 @@ void ApplyInferenceChunks(CameraModel& camera) {
 void AddChunkDataControl(FeatureBuilder& f, CameraModel&) {
     RegisterBank& bank = f.Bank();
     f.Category("ChunkDataControl", "What is sent along with each image.", "Root", "Expert");
-    f.Boolean("ChunkModeActive", "Whether anything is sent along.")
-        .Expert()
-        .Locked()
-        .Stored()
-        .InvalidatedBy({"UserSetLoad"});
+    f.Boolean("ChunkModeActive", "Whether anything is sent along.").Expert().Locked().Stored();
     f.Enumeration("ChunkSelector", "Which item Chunk Enable sets.")
         .Expert()
         .Selects({"ChunkEnable"})
@@ -128,7 +124,6 @@ void AddChunkDataControl(FeatureBuilder& f, CameraModel&) {
         .Element("pIsLocked", "ChunkEnableIsLocked")
         .By("ChunkSelector", kChunks)
         .Stored()
-        .InvalidatedBy({"UserSetLoad"})
         .OnWrite([&bank](std::size_t index) {
             if (index == ImageChunk && !bank.Int("ChunkEnable", ImageChunk)) {
                 throw Exception(Error::InvalidParameter, "the image is always sent");

@@ -135,7 +135,7 @@ void AddRegion(FeatureBuilder& f, CameraModel& camera) {
         .Imaging()
         .Initial(16)
         .OnWrite(checkX)
-        .InvalidatedBy({"BinningHorizontalReg", "DecimationHorizontalReg", "SensorWidthReg", "UserSetLoad"});
+        .InvalidatedBy({"BinningHorizontalReg", "DecimationHorizontalReg", "SensorWidthReg"});
     f.Integer("Height", "Height of the image.")
         .Unit("px")
         .Min("HeightMin")
@@ -146,7 +146,7 @@ void AddRegion(FeatureBuilder& f, CameraModel& camera) {
         .Imaging()
         .Initial(16)
         .OnWrite(checkY)
-        .InvalidatedBy({"BinningVerticalReg", "DecimationVerticalReg", "SensorHeightReg", "UserSetLoad"});
+        .InvalidatedBy({"BinningVerticalReg", "DecimationVerticalReg", "SensorHeightReg"});
     // Unlike the size, the region may wander while images are taken.
     f.Integer("OffsetX", "Column of the sensor at the image's left edge.")
         .Unit("px")
@@ -156,7 +156,7 @@ void AddRegion(FeatureBuilder& f, CameraModel& camera) {
         .Stored()
         .Imaging()
         .OnWrite(checkX)
-        .InvalidatedBy({"BinningHorizontalReg", "DecimationHorizontalReg", "SensorWidthReg", "UserSetLoad"});
+        .InvalidatedBy({"BinningHorizontalReg", "DecimationHorizontalReg", "SensorWidthReg"});
     f.Integer("OffsetY", "Row of the sensor at the image's top edge.")
         .Unit("px")
         .Min(0)
@@ -165,7 +165,7 @@ void AddRegion(FeatureBuilder& f, CameraModel& camera) {
         .Stored()
         .Imaging()
         .OnWrite(checkY)
-        .InvalidatedBy({"BinningVerticalReg", "DecimationVerticalReg", "SensorHeightReg", "UserSetLoad"});
+        .InvalidatedBy({"BinningVerticalReg", "DecimationVerticalReg", "SensorHeightReg"});
 
     const auto factor = [&](const char* name, const char* toolTip) {
         f.Integer(name, toolTip)
@@ -221,7 +221,7 @@ void AddPixelFormat(FeatureBuilder& f, CameraModel& camera) {
             .Stored()
             .Imaging()
             .Initial(0x01080001)
-            .InvalidatedBy({"SensorFilter", "UserSetLoad"})
+            .InvalidatedBy({"SensorFilter"})
             .OnWrite([&bank, &camera] {
                 const EmulatedFormat* chosen =
                     FindEmulatedFormat(static_cast<std::uint32_t>(bank.Int("PixelFormat")));

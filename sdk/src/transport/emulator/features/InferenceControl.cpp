@@ -18,12 +18,12 @@ void AddInferenceControl(FeatureBuilder& f, CameraModel& camera) {
     f.Boolean("InferenceEnable", "Whether the network looks at the images.")
         .Implemented("InferencePresent")
         .Stored()
-        .InvalidatedBy({"InferencePresent", "UserSetLoad"});
+        .InvalidatedBy({"InferencePresent"});
     f.Enumeration("InferenceNetworkTypeSelector", "What kind of network runs.")
         .Implemented("InferencePresent")
         .Stored()
         .Locked()
-        .InvalidatedBy({"InferencePresent", "UserSetLoad"})
+        .InvalidatedBy({"InferencePresent"})
         .Entry("Classification", 0, nullptr, nullptr, "One class for the whole image.")
         .Entry("Detection", 1, nullptr, nullptr, "A box around each thing found.");
     f.Float("InferenceConfidenceThreshold", "Boxes below this confidence are not reported.")

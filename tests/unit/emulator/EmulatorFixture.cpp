@@ -1,0 +1,109 @@
+#include "EmulatorFixture.h"
+
+#include "base/Mutex.h"
+#include "norvane/Log.h"
+
+#include <fstream>
+
+namespace Norvane::Transport::Emulator {
+namespace {
+
+Mutex g_mutex;
+std::vector<std::string> g_complaints GUARDED_BY(g_mutex);
+
+void Collect(LogLevel level, const char* message) {
+    if (level >= LogLevel::Warning) {
+        const MutexLock lock(g_mutex);
+        g_complaints.emplace_back(message);
+    }
+}
+
+} // namespace
+
+EmulatorFixture::EmulatorFixture() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "emulator-XXXXXX").string();
+    m_folder = mkdtemp(pattern.data());
+    SetLogSink(&Collect);
+    const MutexLock lock(g_mutex);
+    g_complaints.clear();
+}
+
+EmulatorFixture::~EmulatorFixture() {
+    m_transport.reset();
+    SetLogSink(nullptr);
+    std::filesystem::remove_all(m_folder);
+}
+
+void EmulatorFixture::Write(const std::string& text) {
+    std::ofstream(Path("new"), std::ios::binary) << text;
+    std::filesystem::rename(Path("new"), Path("emulator.ini"));
+}
+
+EmulatorTransport& EmulatorFixture::Start(const std::string& text) {
+    Write(text);
+    m_transport = std::make_unique<EmulatorTransport>(Path("emulator.ini"));
+    return *m_transport;
+}
+
+std::shared_ptr<IDevice> EmulatorFixture::Open(const std::string& serial) {
+    return m_transport->Open(serial);
+}
+
+std::shared_ptr<GenApi::INodeMap> EmulatorFixture::Map(const std::shared_ptr<IDevice>& device) {
+    return GenApi::CreateNodeMap(device->Description(), device, {"camera", {}, nullptr, nullptr});
+}
+
+std::optional<DeviceRecord> EmulatorFixture::Find(const std::string& serial) {
+    for (const DeviceRecord& record : m_transport->Scan().devices) {
+        if (record.serial == serial) {
+            return record;
+        }
+    }
+    return std::nullopt;
+}
+
+std::vector<std::string> EmulatorFixture::Complaints() {
+    const MutexLock lock(g_mutex);
+    return g_complaints;
+}
+
+bool Eventually(const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
+
+std::int64_t Int(GenApi::INodeMap& map, const char* name) {
+    if (const GenApi::CEnumerationPtr enumeration = map.GetNode(name)) {
+        return enumeration->GetIntValue();
+    }
+    return GenApi::CIntegerPtr(map.GetNode(name))->GetValue();
+}
+
+double Real(GenApi::INodeMap& map, const char* name) {
+    return GenApi::CFloatPtr(map.GetNode(name))->GetValue();
+}
+
+std::string Text(GenApi::INodeMap& map, const char* name) {
+    return GenApi::CValuePtr(map.GetNode(name))->ToString().str();
+}
+
+void Set(GenApi::INodeMap& map, const char* name, const std::string& value) {
+    GenApi::CValuePtr(map.GetNode(name))->FromString(value);
+}
+
+void Execute(GenApi::INodeMap& map, const char* name) {
+    GenApi::CCommandPtr(map.GetNode(name))->Execute();
+}
+
+GenApi::EAccessMode AccessOf(GenApi::INodeMap& map, const char* name) {
+    GenApi::INode* node = map.GetNode(name);
+    return node ? node->GetAccessMode() : GenApi::NI;
+}
+
+} // namespace Norvane::Transport::Emulator

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "norvane/genapi/GenApi.h"
+#include "norvane/genapi/NodeMapFactory.h"
+#include "transport/emulator/EmulatorTransport.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace Norvane::Transport::Emulator {
+
+/// A folder with a description file, the transport over it, and the library's log lines.
+class EmulatorFixture : public testing::Test {
+protected:
+    EmulatorFixture();
+    ~EmulatorFixture() override;
+
+    /// Replaces the file as an editor does, by renaming another one.
+    void Write(const std::string& text);
+    EmulatorTransport& Start(const std::string& text);
+    std::shared_ptr<IDevice> Open(const std::string& serial = "1");
+    /// A node map over an opened camera, as the core builds it.
+    std::shared_ptr<GenApi::INodeMap> Map(const std::shared_ptr<IDevice>& device);
+    /// The record of a camera in a fresh scan; null when it is not there.
+    std::optional<DeviceRecord> Find(const std::string& serial);
+
+    std::string Path(const std::string& name) const { return (m_folder / name).string(); }
+    static std::vector<std::string> Complaints(); ///< warnings and errors since the test began
+
+    std::unique_ptr<EmulatorTransport> m_transport;
+
+private:
+    std::filesystem::path m_folder;
+};
+
+/// Waits until the condition holds, at most ten seconds.
+bool Eventually(const std::function<bool()>& condition);
+
+// Nodes by name; a missing one or one of another kind throws, and so fails the test.
+std::int64_t Int(GenApi::INodeMap& map, const char* name);
+double Real(GenApi::INodeMap& map, const char* name);
+std::string Text(GenApi::INodeMap& map, const char* name); ///< of any kind of value
+void Set(GenApi::INodeMap& map, const char* name, const std::string& value);
+void Execute(GenApi::INodeMap& map, const char* name);
+GenApi::EAccessMode AccessOf(GenApi::INodeMap& map, const char* name);
+
+} // namespace Norvane::Transport::Emulator

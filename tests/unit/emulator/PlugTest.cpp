@@ -1,0 +1,179 @@
+#include "EmulatorFixture.h"
+
+#include "norvane/Exception.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <fstream>
+
+namespace Norvane::Transport::Emulator {
+namespace {
+
+constexpr const char* kHeader =
+    "[interface G]\ntype=GEV\naddress=10.1.0.1\nnetmask=255.255.0.0\n[interface U]\ntype=U3V\n";
+
+class PlugTest : public EmulatorFixture {};
+
+TEST_F(PlugTest, LeavingInMidStreamFailsAccessesWakesTheStreamAndTellsOnce) {
+    Start(std::string(kHeader) + "[camera 1]\nwidth=64\nheight=64\nframe-rate=0.1\n");
+    const auto device = Open();
+    const auto map = Map(device);
+    std::atomic<int> lost{0};
+    device->SetLostHandler([&] { ++lost; });
+    const auto stream = device->OpenStream({});
+    Execute(*map, "AcquisitionStart");
+    ASSERT_TRUE(stream->Pop(10000));
+    Write(kHeader);
+    EXPECT_FALSE(stream->Pop(60000));
+    EXPECT_TRUE(Eventually([&] { return lost == 1; }));
+    EXPECT_FALSE(device->IsAlive());
+    std::uint32_t word = 0;
+    EXPECT_THROW(device->Read(&word, 0x10000, 4), Exception);
+    EXPECT_THROW(device->OpenStream({}), Exception);
+    EXPECT_THROW(Open(), Exception);
+    EXPECT_FALSE(Find("1"));
+    // The same camera again is another one for those who held the old.
+    Write(std::string(kHeader) + "[camera 1]\n");
+    EXPECT_TRUE(Eventually([&] { return Find("1").has_value(); }));
+    EXPECT_FALSE(device->IsAlive());
+    EXPECT_TRUE(Open()->IsAlive());
+    EXPECT_EQ(lost, 1);
+}
+
+TEST_F(PlugTest, AHandlerThatComesTooLateIsStillCalled) {
+    Start(std::string(kHeader) + "[camera 1]\n");
+    const auto device = Open();
+    Write(kHeader);
+    ASSERT_TRUE(Eventually([&] { return !device->IsAlive(); }));
+    std::atomic<bool> lost{false};
+    device->SetLostHandler([&] { lost = true; });
+    EXPECT_TRUE(Eventually([&] { return lost.load(); }));
+}
+
+TEST_F(PlugTest, AWaitForASlowRegisterEndsWhenTheCameraLeaves) {
+    Start(std::string(kHeader) + "[camera 1]\nregister-delay-us=1000000\n");
+    const auto device = Open();
+    std::atomic<bool> failed{false};
+    std::thread reader([&] {
+        try {
+            std::uint32_t word = 0;
+            for (;;) {
+                device->Read(&word, 0x10000, 4);
+            }
+        } catch (const Exception&) {
+            failed = true;
+        }
+    });
+    Write(kHeader);
+    EXPECT_TRUE(Eventually([&] { return failed.load(); }));
+    reader.join();
+}
+
+TEST_F(PlugTest, RecordsFollowTheFile) {
+    Start(std::string(kHeader) +
+          "[camera 1]\naddress=10.1.0.7\n[camera 2]\n[camera 3]\ninterface=U\naccess=RO\n");
+    auto first = Find("1"), second = Find("2"), third = Find("3");
+    ASSERT_TRUE(first && second && third);
+    EXPECT_EQ(first->ipAddress, 0x0A010007U);
+    EXPECT_EQ(second->ipAddress & 0xFFFF0000, 0x0A010000U);
+    EXPECT_NE(second->ipAddress, first->ipAddress);
+    EXPECT_EQ(first->subnetMask, 0xFFFF0000U);
+    EXPECT_EQ(third->ipAddress, 0U);
+    EXPECT_EQ(third->technology, Technology::Usb3Vision);
+    EXPECT_EQ(third->access, Access::ReadOnly);
+    const auto device = Open("1");
+    Write(std::string(kHeader) + "[camera 1]\naddress=10.1.0.8\nunusable=true\naccess=RO\nmodel=Größe\n");
+    EXPECT_TRUE(Eventually([&] { return Find("1")->unusable; }));
+    first = Find("1");
+    EXPECT_EQ(first->ipAddress, 0x0A010008U);
+    EXPECT_EQ(first->access, Access::ReadOnly);
+    EXPECT_EQ(first->model, "Größe");
+    EXPECT_TRUE(device->IsAlive());
+    EXPECT_EQ(device->CurrentAccess(), Access::ReadOnly);
+    EXPECT_EQ(Text(*Map(device), "DeviceModelName"), "Größe");
+    EXPECT_FALSE(Find("2"));
+}
+
+TEST_F(PlugTest, AnInterfaceThatCannotBeUsedHidesItsCameras) {
+    Start(std::string(kHeader) + "[camera 1]\n");
+    const auto device = Open();
+    Write("[interface G]\nusable=false\n[camera 1]\n");
+    EXPECT_TRUE(Eventually([&] { return !Find("1"); }));
+    const auto interfaces = m_transport->Scan().interfaces;
+    ASSERT_EQ(interfaces.size(), 1U);
+    EXPECT_FALSE(interfaces[0].usable);
+    EXPECT_TRUE(Eventually([&] { return !device->IsAlive(); }));
+}
+
+TEST_F(PlugTest, TheSecondOneWhoOpensOnlyReads) {
+    Start(std::string(kHeader) + "[camera 1]\n");
+    auto first = Open();
+    const auto second = Open();
+    EXPECT_EQ(first->CurrentAccess(), Access::ReadWrite);
+    EXPECT_EQ(second->CurrentAccess(), Access::ReadOnly);
+    const auto map = Map(second);
+    EXPECT_EQ(AccessOf(*map, "Width"), GenApi::RO);
+    EXPECT_NO_THROW(Int(*map, "Width"));
+    first.reset();
+    EXPECT_EQ(Open()->CurrentAccess(), Access::ReadWrite);
+}
+
+TEST_F(PlugTest, ForceIpMovesACameraIntoItsInterfacesNetwork) {
+    Start(std::string(kHeader) +
+          "[camera 1]\naddress=192.168.5.5\nnetmask=255.255.255.0\n[camera 2]\n[camera 3]\ninterface=U\n");
+    std::atomic<int> changes{0};
+    m_transport->SetChangeHandler([&] { ++changes; });
+    m_transport->ForceIp("1");
+    const auto moved = Find("1");
+    EXPECT_EQ(moved->ipAddress & 0xFFFF0000, 0x0A010000U);
+    EXPECT_EQ(moved->subnetMask, 0xFFFF0000U);
+    EXPECT_NE(moved->ipAddress, Find("2")->ipAddress);
+    EXPECT_NE(moved->ipAddress, 0x0A010001U);
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(Int(*Map(Open()), "GevCurrentIPAddress"), static_cast<std::int64_t>(moved->ipAddress));
+    EXPECT_THROW(m_transport->ForceIp("3"), Exception);
+    EXPECT_THROW(m_transport->ForceIp("4"), Exception);
+}
+
+TEST_F(PlugTest, AResetTakesTheCameraAwayAndBringsItBack) {
+    Start(std::string(kHeader) + "[camera 1]\nwidth=64\nheight=64\n");
+    const auto device = Open();
+    const auto map = Map(device);
+    Set(*map, "UserSetSelector", "UserSet1");
+    Set(*map, "DeviceUserID", "Käfer");
+    Set(*map, "Width", "32");
+    Execute(*map, "UserSetSave");
+    Set(*map, "UserSetDefault", "UserSet1");
+    EXPECT_TRUE(Eventually([&] { return GenApi::CCommandPtr(map->GetNode("UserSetSave"))->IsDone(); }));
+    Execute(*map, "DeviceReset");
+    EXPECT_TRUE(Eventually([&] { return !device->IsAlive(); }));
+    EXPECT_TRUE(Eventually([&] { return Find("1").has_value(); }));
+    EXPECT_EQ(Find("1")->userName, "Käfer");
+    EXPECT_EQ(Int(*Map(Open()), "Width"), 32);
+}
+
+TEST_F(PlugTest, AnotherDescriptionStandsOverAPlainRegisterFile) {
+    std::ofstream(Path("other.xml")) << "<RegisterDescription/>";
+    Start(std::string(kHeader) + "[camera 1]\ndescription=other.xml\nwidth=320\nheight=200\nframe-rate=200\n"
+                                 "[camera 2]\ndescription=missing.xml\nwidth=64\nheight=64\n");
+    const auto device = Open();
+    EXPECT_EQ(device->Description(), "<RegisterDescription/>");
+    std::uint32_t word = 7, zero = 5;
+    device->Write(&word, 0x1234, 4);
+    word = 0;
+    device->Read(&word, 0x1234, 4);
+    device->Read(&zero, 0xFFFFFFFFFF, 4);
+    EXPECT_EQ(word, 7U);
+    EXPECT_EQ(zero, 0U);
+    const auto stream = device->OpenStream({});
+    const auto frame = stream->Pop(10000);
+    ASSERT_TRUE(frame);
+    EXPECT_EQ(frame->width, 320U);
+    EXPECT_EQ(frame->height, 200U);
+    EXPECT_THAT(Complaints(), testing::ElementsAre(testing::HasSubstr("missing.xml")));
+    EXPECT_EQ(Int(*Map(Open("2")), "Width"), 64);
+}
+
+} // namespace
+} // namespace Norvane::Transport::Emulator

@@ -1,0 +1,398 @@
+#include "EmulatorFixture.h"
+#include "transport/emulator/FrameCode.h"
+#include "transport/emulator/PixelWriters.h"
+#include "transport/emulator/Renderer.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstring>
+#include <thread>
+
+namespace Norvane::Transport::Emulator {
+namespace {
+
+class StreamTest : public EmulatorFixture {
+protected:
+    /// Starts one camera and opens it. `keys` are its lines of the file.
+    void Begin(const std::string& keys, const std::string& type = "GEV") {
+        m_keys = keys;
+        m_type = type;
+        Start(File(keys));
+        m_device = Open();
+        m_map = Map(m_device);
+    }
+    std::string File(const std::string& keys) const {
+        return "[interface I]\ntype=" + m_type + "\n[camera 1]\n" + keys;
+    }
+    void Run(std::uint32_t buffers = 10) {
+        m_stream =
+            m_device->OpenStream({buffers, static_cast<std::uint64_t>(Int(*m_map, "PayloadSize")), 20, true});
+        Execute(*m_map, "AcquisitionStart");
+    }
+    Frame Next() {
+        auto frame = m_stream->Pop(10000);
+        if (!frame) {
+            throw std::runtime_error("no image came");
+        }
+        return *frame;
+    }
+    /// The frame number that an image of 8-bit samples shows.
+    static std::optional<std::uint32_t> Shown(const Frame& frame, std::uint32_t bytesPerPixel = 1) {
+        const std::size_t stride = frame.size / frame.height;
+        return FrameCode::Decode(frame.width, frame.height, [&](std::uint32_t x, std::uint32_t y) {
+            return frame.data[y * stride + x * bytesPerPixel];
+        });
+    }
+
+    std::string m_keys, m_type;
+    std::shared_ptr<IDevice> m_device;
+    std::shared_ptr<GenApi::INodeMap> m_map;
+    std::unique_ptr<IStream> m_stream;
+};
+
+constexpr const char* kSmall = "width=640\nheight=480\nframe-rate=500\n";
+
+TEST_F(StreamTest, EveryImageShowsItsOwnNumber) {
+    Begin(kSmall);
+    Run();
+    std::uint64_t time = 0;
+    for (std::uint64_t i = 0; i < 60; ++i) {
+        const Frame frame = Next();
+        ASSERT_EQ(frame.frameId, i);
+        ASSERT_EQ(Shown(frame), static_cast<std::uint32_t>(i));
+        EXPECT_EQ(frame.width, 640U);
+        EXPECT_EQ(frame.height, 480U);
+        EXPECT_EQ(frame.pfncFormat, 0x01080009U);
+        EXPECT_EQ(frame.size, 640U * 480U);
+        EXPECT_EQ(frame.status, IMAGE_NO_ERROR);
+        EXPECT_TRUE(i == 0 || frame.timestampNs == time + 2000000) << "2 ms apart, by the camera's own clock";
+        time = frame.timestampNs;
+    }
+    const StreamStatistics statistics = m_stream->Statistics();
+    EXPECT_GE(statistics.deliveredImages, 60U);
+    EXPECT_EQ(statistics.corruptImages, 0U);
+}
+
+TEST_F(StreamTest, RedrawnRegionsLeaveNoTrace) {
+    // An image drawn into a used buffer equals the same image drawn into a fresh one.
+    Begin(kSmall);
+    Run(2);
+    for (int i = 0; i < 40; ++i) {
+        Next();
+    }
+    const Frame used = Next();
+    Renderer renderer;
+    auto settings = std::make_shared<ImageSettings>();
+    settings->geometry = {640, 480, 640, 480, 0, 0, 1, 1, false, false};
+    settings->format = FindEmulatedFormat("BayerRG8");
+    settings->title = "Duskwing S DWS-50S5C  1";
+    renderer.Prepare(settings);
+    std::vector<std::uint8_t> fresh(settings->ImageBytes());
+    Renderer::Drawn drawn;
+    renderer.Draw(used.frameId, static_cast<double>(used.timestampNs) * 1e-9, fresh.data(), drawn);
+    EXPECT_EQ(std::memcmp(fresh.data(), used.data, fresh.size()), 0);
+}
+
+TEST_F(StreamTest, ModesDeliverExactlyTheirImages) {
+    Begin(kSmall);
+    for (const auto& [mode, count] : {std::pair{"SingleFrame", 1}, {"MultiFrame", 4}}) {
+        Set(*m_map, "AcquisitionMode", mode);
+        if (std::string(mode) == "MultiFrame") {
+            Set(*m_map, "AcquisitionFrameCount", std::to_string(count));
+        }
+        for (int start = 0; start < 2; ++start) {
+            Run();
+            for (int i = 0; i < count; ++i) {
+                EXPECT_EQ(Next().frameId, static_cast<std::uint64_t>(i));
+            }
+            EXPECT_FALSE(m_stream->Pop(20)) << mode;
+            m_stream.reset();
+        }
+        m_map->Poll(1000);
+        EXPECT_EQ(AccessOf(*m_map, "Width"), GenApi::RW) << "unlocked after the last image";
+    }
+}
+
+TEST_F(StreamTest, OneSoftwareTriggerGivesOneImage) {
+    Begin(kSmall);
+    Set(*m_map, "TriggerSelector", "FrameStart");
+    Set(*m_map, "TriggerMode", "On");
+    Run();
+    for (std::uint64_t i = 0; i < 3; ++i) {
+        EXPECT_FALSE(m_stream->Pop(10));
+        Execute(*m_map, "TriggerSoftware");
+        EXPECT_EQ(Next().frameId, i);
+    }
+}
+
+TEST_F(StreamTest, SizesAreLockedWhileTheCameraAcquires) {
+    Begin(kSmall);
+    EXPECT_EQ(AccessOf(*m_map, "Width"), GenApi::RW);
+    Run();
+    EXPECT_EQ(AccessOf(*m_map, "Width"), GenApi::RO);
+    EXPECT_EQ(AccessOf(*m_map, "PixelFormat"), GenApi::RO);
+    EXPECT_EQ(AccessOf(*m_map, "OffsetX"), GenApi::RW);
+    Execute(*m_map, "AcquisitionStop");
+    EXPECT_EQ(AccessOf(*m_map, "Width"), GenApi::RW);
+}
+
+TEST_F(StreamTest, RegionMirrorAndBinningShowTheSameScene) {
+    Begin("width=640\nheight=480\nframe-rate=500\npixel-format=Mono8\n");
+    const auto picture = [&] {
+        Run();
+        const Frame frame = Next();
+        std::vector<std::uint8_t> pixels(frame.data, frame.data + frame.size);
+        EXPECT_EQ(Shown(frame), 0U);
+        m_stream.reset();
+        Execute(*m_map, "AcquisitionStop");
+        return pixels;
+    };
+    // Somewhere no object passes within the first moment: the ramps at the bottom.
+    const std::size_t row = 385;
+    const auto whole = picture();
+    Set(*m_map, "ReverseX", "true");
+    const auto mirrored = picture();
+    int same = 0;
+    for (std::size_t x = 0; x < 640; ++x) {
+        same += std::abs(whole[row * 640 + x] - mirrored[row * 640 + 639 - x]) <= 1;
+    }
+    EXPECT_GT(same, 500);
+    Set(*m_map, "ReverseX", "false");
+    Set(*m_map, "Width", "320");
+    Set(*m_map, "OffsetX", "160");
+    const auto region = picture();
+    same = 0;
+    for (std::size_t x = 0; x < 320; ++x) {
+        same += region[row * 320 + x] == whole[row * 640 + 160 + x];
+    }
+    EXPECT_GT(same, 240);
+    Set(*m_map, "OffsetX", "0");
+    Set(*m_map, "Width", "640");
+    Set(*m_map, "BinningHorizontal", "2");
+    EXPECT_EQ(Int(*m_map, "Width"), 320);
+    const auto binned = picture();
+    same = 0;
+    for (std::size_t x = 0; x < 320; ++x) {
+        same += std::abs(binned[row * 320 + x] - whole[row * 640 + 2 * x]) <= 2;
+    }
+    EXPECT_GT(same, 240);
+}
+
+TEST_F(StreamTest, ExposureAndGainMakeThePictureBrighter) {
+    Begin("width=640\nheight=480\nframe-rate=100\npixel-format=Mono8\n");
+    Run();
+    const auto brightness = [&] {
+        // The wall in the middle, whatever was under way with the old setting left out.
+        for (int i = 0; i < 3; ++i) {
+            Next();
+        }
+        const Frame frame = Next();
+        return static_cast<double>(frame.data[450 * 640 + 330]);
+    };
+    m_stream.reset();
+    Run();
+    const double normal = brightness();
+    Set(*m_map, "Gain", "6");
+    EXPECT_NEAR(brightness(), normal * 1.995, 3.0);
+    Set(*m_map, "Gain", "0");
+    Set(*m_map, "ExposureTime", "2500");
+    EXPECT_NEAR(brightness(), normal * 0.5, 3.0);
+    Set(*m_map, "ExposureAuto", "Once");
+    EXPECT_TRUE(Eventually([&] {
+        Next();
+        m_map->InvalidateNodes();
+        return Text(*m_map, "ExposureAuto") == "Off";
+    }));
+    EXPECT_NEAR(Real(*m_map, "ExposureTime"), 5000.0, 1.0);
+}
+
+TEST_F(StreamTest, ASlowConsumerCostsImagesAndIsCounted) {
+    Begin(kSmall);
+    Run(2);
+    const Frame held = Next();
+    EXPECT_TRUE(Eventually([&] { return m_stream->Statistics().underruns >= 10; }));
+    EXPECT_EQ(Shown(held), static_cast<std::uint32_t>(held.frameId)) << "a held image must not be drawn over";
+    const Frame next = Next();
+    EXPECT_EQ(next.frameId, held.frameId + 1);
+    EXPECT_LE(m_stream->Statistics().deliveredImages, 3U);
+}
+
+TEST_F(StreamTest, LossIsRepeatableAndLeavesZeroedRows) {
+    const auto run = [&] {
+        Begin(std::string(kSmall) + "pixel-format=Mono8\nloss=0.1\n");
+        Set(*m_map, "BlackLevel", "10"); // no row of the scene is dark
+        Run();
+        std::vector<std::uint64_t> corrupt;
+        for (int i = 0; i < 100; ++i) {
+            const Frame frame = Next();
+            bool dark = false;
+            for (std::uint32_t y = 100; y < frame.height; ++y) {
+                const std::uint8_t* row = frame.data + std::size_t{y} * frame.width;
+                dark = dark || std::all_of(row, row + frame.width, [](std::uint8_t v) { return v == 0; });
+            }
+            if (frame.status != IMAGE_NO_ERROR) {
+                EXPECT_EQ(frame.status, IMAGE_MISSING_PACKETS);
+                EXPECT_EQ(frame.size, 640U * 480U);
+                corrupt.push_back(frame.frameId);
+            } else {
+                EXPECT_FALSE(dark) << frame.frameId;
+            }
+        }
+        const StreamStatistics statistics = m_stream->Statistics();
+        EXPECT_GT(statistics.missedPackets, 1000U);
+        EXPECT_GT(statistics.resendRequests, statistics.missedPackets);
+        EXPECT_GT(statistics.resendPackets, statistics.missedPackets * 9 / 10);
+        EXPECT_LT(statistics.resendPackets, statistics.missedPackets);
+        EXPECT_GE(statistics.corruptImages, corrupt.size());
+        m_stream.reset();
+        m_map.reset();
+        m_device.reset();
+        return corrupt;
+    };
+    const auto first = run();
+    EXPECT_GT(first.size(), 5U);
+    EXPECT_LT(first.size(), 60U);
+    EXPECT_EQ(run(), first);
+}
+
+TEST_F(StreamTest, IncompleteImagesComeAtTheirTurn) {
+    for (const char* type : {"GEV", "U3V"}) {
+        Begin(std::string(kSmall) + "incomplete-every=4\n", type);
+        Run();
+        for (int i = 1; i <= 20; ++i) {
+            const Frame frame = Next();
+            EXPECT_EQ(frame.status != IMAGE_NO_ERROR, i % 4 == 0) << type << " " << i;
+        }
+        EXPECT_EQ(m_stream->Statistics().totalPackets > 0, std::string(type) == "GEV");
+        m_stream.reset();
+    }
+}
+
+TEST_F(StreamTest, ChunksFollowTheImage) {
+    for (const char* type : {"GEV", "U3V"}) {
+        Begin(std::string(kSmall) + "inference=detection\n", type);
+        Set(*m_map, "ChunkSelector", "ExposureTime");
+        Set(*m_map, "ChunkEnable", "true");
+        EXPECT_GT(Int(*m_map, "PayloadSize"), 640 * 480 + 1028);
+        Run();
+        for (int i = 0; i < 5; ++i) {
+            const Frame frame = Next();
+            GenApi::AttachChunks(*m_map, frame.chunks);
+            EXPECT_EQ(Int(*m_map, "ChunkFrameID"), static_cast<std::int64_t>(frame.frameId));
+            EXPECT_EQ(Int(*m_map, "ChunkTimestamp"), static_cast<std::int64_t>(frame.timestampNs));
+            EXPECT_DOUBLE_EQ(Real(*m_map, "ChunkExposureTime"), Real(*m_map, "ExposureTime"));
+            EXPECT_FALSE(GenApi::IsReadable(AccessOf(*m_map, "ChunkGain")));
+            const auto boxes = frame.chunks.at(0x2003);
+            ASSERT_EQ(boxes.size, 1028U);
+            ASSERT_EQ(boxes.data[0], 1);
+            const int count = boxes.data[2];
+            ASSERT_GE(count, 3);
+            for (int box = 0; box < count; ++box) {
+                const std::uint8_t* at = boxes.data + 4 + 16 * box;
+                std::int16_t corner[4];
+                std::memcpy(corner, at + 8, sizeof corner);
+                EXPECT_LT(corner[0], corner[2]);
+                EXPECT_LT(corner[1], corner[3]);
+                EXPECT_LE(corner[2], 640);
+                EXPECT_LE(corner[3], 480);
+            }
+        }
+        GenApi::AttachChunks(*m_map, {});
+        m_stream.reset();
+    }
+}
+
+TEST_F(StreamTest, BoxesLieOnTheObjects) {
+    // With exposure and gain down to nothing but the objects' rims, what is brightest inside a box is its
+    // rim.
+    Begin("width=640\nheight=480\nframe-rate=200\npixel-format=RGB8\ninference=detection\n");
+    Run();
+    for (int i = 0; i < 20; ++i) {
+        Next();
+    }
+    const Frame frame = Next();
+    const auto boxes = frame.chunks.at(0x2003);
+    int checked = 0;
+    for (int box = 0; box < boxes.data[2]; ++box) {
+        const std::uint8_t* at = boxes.data + 4 + 16 * box;
+        std::int16_t classId = 0, corner[4];
+        std::memcpy(&classId, at + 2, sizeof classId);
+        std::memcpy(corner, at + 8, sizeof corner);
+        // The middle has the colour of the class: red, green or blue above the others.
+        const std::uint8_t* pixel = frame.data + 3 * (std::size_t(corner[1] + corner[3]) / 2 * 640 +
+                                                      std::size_t(corner[0] + corner[2]) / 2);
+        if (corner[1] > 60) { // not under the counter
+            EXPECT_EQ(std::max_element(pixel, pixel + 3) - pixel, classId) << box;
+            ++checked;
+        }
+    }
+    EXPECT_GE(checked, 2);
+}
+
+TEST_F(StreamTest, EveryPixelFormatShowsTheCounter) {
+    for (const char* sensor : {"Mono8", "BayerGR8", "BayerRG8", "BayerGB8", "BayerBG8"}) {
+        Begin(std::string("width=384\nheight=64\nframe-rate=1000\npixel-format=") + sensor + "\n");
+        GenApi::node_vector entries;
+        GenApi::CEnumerationPtr(m_map->GetNode("PixelFormat"))->GetEntries(entries);
+        for (GenApi::INode* each : entries) {
+            if (!GenApi::IsAvailable(each->GetAccessMode())) {
+                continue;
+            }
+            const std::string name = GenApi::CEnumEntryPtr(each)->GetSymbolic().str();
+            SCOPED_TRACE(name);
+            Set(*m_map, "PixelFormat", name);
+            const EmulatedFormat& format = *FindEmulatedFormat(name);
+            Run();
+            const Frame frame = Next();
+            EXPECT_EQ(frame.pfncFormat, format.pfncCode);
+            ASSERT_EQ(frame.size, format.RowBytes(384) * 64);
+            // The cells are wide: the byte in the middle of one tells, whatever the packing.
+            const auto shown = FrameCode::Decode(384, 64, [&](std::uint32_t x, std::uint32_t y) {
+                const std::size_t middle = (x / FrameCode::kCell * 2 + 1) * FrameCode::kCell / 2;
+                const std::uint8_t* at =
+                    frame.data + y * format.RowBytes(384) + middle * format.BitsPerPixel() / 8;
+                const bool luma = format.order == SampleOrder::Uyvy || format.order == SampleOrder::Uyv ||
+                                  format.order == SampleOrder::Uyyvyy;
+                return at[format.packing == Packing::Words ? 0 : luma ? 1 : 0];
+            });
+            EXPECT_EQ(shown, 0U);
+            m_stream.reset();
+            Execute(*m_map, "AcquisitionStop");
+        }
+        m_map.reset();
+        m_device.reset();
+    }
+}
+
+TEST_F(StreamTest, AnImageThatGrewArrivesAsFarAsItFits) {
+    Begin("width=320\nheight=240\nframe-rate=200\n");
+    Run();
+    Next();
+    Write(File("width=640\nheight=480\nframe-rate=200\n"));
+    EXPECT_TRUE(Eventually([&] {
+        const Frame frame = Next();
+        return frame.width == 640 && frame.height == 120 && frame.status == IMAGE_DATA_OVERFLOW;
+    }));
+}
+
+TEST_F(StreamTest, ACameraHasOneStreamAndFramesOutliveIt) {
+    Begin(kSmall);
+    Run();
+    EXPECT_THROW(m_device->OpenStream({}), Exception);
+    const Frame frame = Next();
+    m_stream.reset();
+    EXPECT_EQ(Shown(frame), static_cast<std::uint32_t>(frame.frameId));
+    EXPECT_NO_THROW(m_device->OpenStream({}));
+}
+
+TEST_F(StreamTest, WakeEndsAWaitAtOnce) {
+    Begin(kSmall);
+    m_stream = m_device->OpenStream({});
+    std::thread waker([&] { m_stream->Wake(); });
+    EXPECT_FALSE(m_stream->Pop(60000));
+    waker.join();
+}
+
+} // namespace
+} // namespace Norvane::Transport::Emulator
