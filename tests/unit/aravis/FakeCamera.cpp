@@ -48,6 +48,9 @@ void FakeCamera::Kill() {
 
 void FakeCamera::Signal(int signal) {
     ::kill(m_process, signal);
+    if (signal == SIGSTOP) {
+        ::waitpid(m_process, nullptr, WUNTRACED); // it stops some time later
+    }
 }
 
 std::uint32_t ReadRegister(Norvane::Transport::IDevice& device, std::int64_t address) {

@@ -50,6 +50,14 @@ TEST(FrameIds, SixteenBitsContinueAcrossTheirEnd) {
     EXPECT_EQ(ids.Continue(1), 65536U + 65535U) << "the second time round";
 }
 
+TEST(FrameIds, NothingIsMadeUpBeforeTheFirstNumber) {
+    FrameIds ids;
+    EXPECT_EQ(ids.Continue(), 0U);
+    EXPECT_EQ(ids.Continue(3), 3U);
+    EXPECT_EQ(ids.Continue(65530), 65530U) << "far away: the count begins anew";
+    EXPECT_EQ(ids.Continue(1), 65536U);
+}
+
 TEST(FrameIds, WideNumbersPass) {
     FrameIds ids;
     EXPECT_EQ(ids.Continue(0), 0U);

@@ -21,32 +21,25 @@ GObjectPtr<GInetAddress> MakeInetAddress(std::uint32_t address) {
                                                                   G_SOCKET_FAMILY_IPV4)); // copies the bytes
 }
 
-void OnControlLost(ArvDevice*, gpointer life) {
-    (*static_cast<std::shared_ptr<DeviceLife>*>(life))->MarkLost("the camera no longer lets us control it");
-}
-
-void DeleteLife(gpointer life, GClosure*) {
-    delete static_cast<std::shared_ptr<DeviceLife>*>(life);
-}
-
-} // namespace
-
-/// What the worker opened. The last owner lets the device go, which is the worker whenever Aravis may block.
-struct AravisDevice::Opened {
-    GObjectPtr<ArvDevice> device;
+/// What the worker found when it opened the device.
+struct Opening {
+    std::shared_ptr<OpenedDevice> device;
     std::string description;
     bool controller = true;
 };
 
+} // namespace
+
 AravisDevice::AravisDevice(const DeviceTarget& target)
     : m_target(target), m_life(std::make_shared<DeviceLife>(target.label)),
-      m_worker(std::make_shared<DeviceWorker>()), m_opened(std::make_shared<Opened>()) {
+      m_worker(std::make_shared<DeviceWorker>()) {
     if (!IsThere(m_target)) {
         throw Exception(Error::Timeout, m_target.label + ": cannot be opened, it does not answer; check its "
                                                          "power, its cable and that its address fits the "
                                                          "adapter's network");
     }
-    auto work = [opened = m_opened, life = m_life, where = m_target] {
+    const auto opening = std::make_shared<Opening>();
+    auto work = [opening, life = m_life, where = m_target] {
         GErrorHolder error;
         ArvDevice* device = nullptr;
         if (where.technology == Technology::GigEVision) {
@@ -62,22 +55,21 @@ AravisDevice::AravisDevice(const DeviceTarget& target)
                             where.label + ": cannot be opened: " + error.Text());
         }
         if (where.technology == Technology::GigEVision) {
-            opened->controller = arv_gv_device_is_controller(ARV_GV_DEVICE(device));
-            if (opened->controller) {
+            opening->controller = arv_gv_device_is_controller(ARV_GV_DEVICE(device));
+            if (opening->controller) {
                 NegotiatePacketSize(device, where);
             }
         }
         std::size_t size = 0;
         if (const char* text = arv_device_get_genicam_xml(device, &size)) {
-            opened->description.assign(text, size);
+            opening->description.assign(text, size);
         }
-        g_signal_connect_data(device, "control-lost", G_CALLBACK(OnControlLost),
-                              new std::shared_ptr<DeviceLife>(life), &DeleteLife, GConnectFlags(0));
-        opened->device = std::move(owner);
+        opening->device = std::make_shared<OpenedDevice>(std::move(owner), life);
     };
     Run("opening", std::move(work), kOpenLimit);
-    m_description = m_opened->description;
-    m_access = m_opened->controller ? Access::ReadWrite : Access::ReadOnly;
+    m_opened = std::move(opening->device);
+    m_description = std::move(opening->description);
+    m_access = opening->controller ? Access::ReadWrite : Access::ReadOnly;
     if (m_access == Access::ReadOnly) {
         Log(LogLevel::Info, m_target.label + ": another program controls it, so it is opened for reading");
     }
@@ -176,7 +168,7 @@ void AravisDevice::Read(void* buffer, std::int64_t address, std::int64_t length)
     Run(
         "reading " + FormatRegister(static_cast<std::uint64_t>(address)),
         [opened = m_opened, bytes, address, length, label = m_target.label] {
-            *bytes = ReadBytes(opened->device.get(), label, static_cast<std::uint64_t>(address),
+            *bytes = ReadBytes(opened->Get(), label, static_cast<std::uint64_t>(address),
                                static_cast<std::size_t>(length));
         },
         TransferLimit(length));
@@ -198,7 +190,7 @@ void AravisDevice::Write(const void* buffer, std::int64_t address, std::int64_t 
         what,
         [opened = m_opened, address, label = m_target.label,
          bytes = std::vector<std::uint8_t>(first, first + length)] {
-            WriteBytes(opened->device.get(), label, static_cast<std::uint64_t>(address), bytes);
+            WriteBytes(opened->Get(), label, static_cast<std::uint64_t>(address), bytes);
         },
         TransferLimit(length));
 }
@@ -210,8 +202,7 @@ std::unique_ptr<IStream> AravisDevice::OpenStream(const StreamSettings& settings
     const auto core = std::make_shared<StreamCore>(m_target, settings);
     try {
         Run(
-            "preparing a stream", [opened = m_opened, core] { core->Start(opened->device.get(), core); },
-            kOpenLimit);
+            "preparing a stream", [opened = m_opened, core] { core->Start(opened, core); }, kOpenLimit);
     } catch (...) {
         m_worker->Post([core] { core->Stop(); }); // it may have begun and come about later
         throw;

@@ -4,7 +4,7 @@
 #include "transport/aravis/DeviceLife.h"
 #include "transport/aravis/DeviceTarget.h"
 #include "transport/aravis/DeviceWorker.h"
-#include "transport/aravis/GObjectPtr.h"
+#include "transport/aravis/OpenedDevice.h"
 
 #include <memory>
 #include <string>
@@ -33,8 +33,6 @@ public:
     void SetLostHandler(std::function<void()> handler) override;
 
 private:
-    struct Opened;
-
     /// Runs work on the worker for at most about a second beyond the last sign of life.
     void Run(const std::string& what, std::function<void()> work,
              std::chrono::milliseconds maximum = std::chrono::milliseconds(10000));
@@ -42,7 +40,7 @@ private:
     const DeviceTarget m_target;
     const std::shared_ptr<DeviceLife> m_life;
     const std::shared_ptr<DeviceWorker> m_worker;
-    std::shared_ptr<Opened> m_opened;
+    std::shared_ptr<OpenedDevice> m_opened;
     std::string m_description;
     Access m_access = Access::None;
     std::thread m_watcher;

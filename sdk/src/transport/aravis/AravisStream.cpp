@@ -139,8 +139,8 @@ std::optional<Frame> AravisStream::MakeFrame(GObjectPtr<ArvBuffer> buffer) {
         m_core->ClearUnreceived(memory, m_core->BufferSize());
     }
     if (frame.status != IMAGE_NO_ERROR && received == 0) {
-        // Without its leader nothing of an image is kept, and the buffer still has the number and the time of
-        // an older one.
+        // Without its leader an image has neither number nor time; the buffer still has those of an older
+        // one.
         frame.status = IMAGE_MISSING_LEADER;
         frame.frameId = m_frameIds.Continue();
         frame.timestampNs = m_latestTimestampNs;

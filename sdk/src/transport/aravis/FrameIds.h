@@ -27,10 +27,14 @@ public:
             return m_last;
         }
         const std::uint64_t back = kPeriod - forward;
-        return m_last > back ? m_last - back : raw;
+        if (m_last <= back) { // the first number was not the first
+            m_last = raw;
+            return raw;
+        }
+        return m_last - back;
     }
-    /// The number of an image that has lost its own: most likely it follows the one before.
-    std::uint64_t Continue() { return ++m_last; }
+    /// The number of an image that has lost its own: most likely it follows the one before. 0 without one.
+    std::uint64_t Continue() { return m_last == 0 ? 0 : ++m_last; }
 
 private:
     std::uint64_t m_last = 0;

@@ -101,13 +101,15 @@ StreamCore::StreamCore(DeviceTarget target, const StreamSettings& settings)
 
 StreamCore::~StreamCore() = default;
 
-void StreamCore::Start(ArvDevice* device, const std::shared_ptr<StreamCore>& self) {
+void StreamCore::Start(std::shared_ptr<OpenedDevice> opened, const std::shared_ptr<StreamCore>& self) {
+    ArvDevice* device = opened->Get();
     GErrorHolder error;
     m_stream.reset(arv_device_create_stream_full(
         device, &StreamCore::OnStreamEvent, new std::shared_ptr<StreamCore>(self), &DeleteSelf, error.Out()));
     if (!m_stream) {
         throw Exception(error.Code(), m_target.label + ": no stream: " + error.Text());
     }
+    m_device = std::move(opened);
     std::size_t block = kUsbBlock;
     if (ARV_IS_GV_STREAM(m_stream.get())) {
         const std::uint64_t packetTimeoutUs = std::uint64_t{m_settings.resendTimeoutMs} * 1000;
@@ -145,6 +147,7 @@ void StreamCore::AddBuffers() {
 
 void StreamCore::Stop() {
     m_stream.reset();
+    m_device.reset();
 }
 
 void StreamCore::Detach() {

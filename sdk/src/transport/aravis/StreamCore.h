@@ -6,6 +6,7 @@
 #include "transport/aravis/DeviceTarget.h"
 #include "transport/aravis/FrameIds.h"
 #include "transport/aravis/GObjectPtr.h"
+#include "transport/aravis/OpenedDevice.h"
 
 #include <atomic>
 #include <chrono>
@@ -25,7 +26,7 @@ public:
 
     /// Creates Aravis's stream and gives it its buffers. On the device's worker; `self` is this object.
     /// @throws Exception (Io, OutOfMemory, InvalidParameter).
-    void Start(ArvDevice* device, const std::shared_ptr<StreamCore>& self);
+    void Start(std::shared_ptr<OpenedDevice> device, const std::shared_ptr<StreamCore>& self);
     /// Ends Aravis's receive thread; frames in use stay valid. On the device's worker; may block when the
     /// device is dead.
     void Stop();
@@ -54,9 +55,10 @@ private:
 
     const DeviceTarget m_target;
     const StreamSettings m_settings;
-    Frame m_expected;                  ///< geometry only; set by Start
-    std::optional<BlockMarks> m_marks; ///< set before the first buffer is given out
-    GObjectPtr<ArvStream> m_stream;    ///< touched by Start and Stop only
+    Frame m_expected;                       ///< geometry only; set by Start
+    std::optional<BlockMarks> m_marks;      ///< set before the first buffer is given out
+    std::shared_ptr<OpenedDevice> m_device; ///< from Start to Stop
+    GObjectPtr<ArvStream> m_stream;         ///< touched by Start and Stop only
 
     std::atomic<std::uint64_t> m_marked{0}; ///< buffers that were marked and given back
 
