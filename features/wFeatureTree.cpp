@@ -79,7 +79,8 @@ wFeatureTree::~wFeatureTree() {
 
 void wFeatureTree::setupToolBar() {
     // Only a main window lays out a tool bar.
-    auto* host = new QMainWindow(widget(), Qt::Widget);
+    auto* host = new QMainWindow(widget());
+    host->setWindowFlags(Qt::Widget); // a main window is a window of its own unless told otherwise
     host->setContextMenuPolicy(Qt::NoContextMenu);
     host->setFixedHeight(kToolBarHeight);
     auto* bar = new QToolBar(host);

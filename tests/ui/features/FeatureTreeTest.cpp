@@ -1,0 +1,213 @@
+#include "TreeFixture.h"
+
+#include "wPrmDialog.h"
+
+#include <QLabel>
+
+#include <atomic>
+#include <thread>
+
+using namespace Norvane::GenApi;
+
+namespace {
+
+const std::string kDevice =
+    category("Root", "DeviceControl Acquisition Broken") +
+    category("DeviceControl", "DeviceModelName Width Missing Away") +
+    category("Acquisition", "AcquisitionMode Nested") + category("Nested", "Height") +
+    text("DeviceModelName", "Duskwing X") + integer("Width", 0) + integer("Height", 4) +
+    "<Category Name=\"Broken\"><pIsAvailable>Never</pIsAvailable><pFeature>Height</pFeature></Category>"
+    "<Integer Name=\"Never\"><Value>0</Value></Integer>"
+    "<Integer Name=\"Missing\"><pIsImplemented>Never</pIsImplemented><Value>1</Value></Integer>"
+    "<Integer Name=\"Away\"><Description>Counts, if n &lt; 5 &amp; more.</Description>"
+    "<pIsAvailable>Never</pIsAvailable><Value>1</Value></Integer>" +
+    "<Enumeration Name=\"AcquisitionMode\">"
+    "<EnumEntry "
+    "Name=\"EnumEntry_AcquisitionMode_Continuous\"><Value>0</Value><Symbolic>Continuous</Symbolic></"
+    "EnumEntry>"
+    "<EnumEntry "
+    "Name=\"EnumEntry_AcquisitionMode_SingleFrame\"><Value>1</Value><Symbolic>SingleFrame</Symbolic></"
+    "EnumEntry>"
+    "<pValue>ModeReg</pValue></Enumeration>" +
+    integer("ModeReg", 8);
+const std::string kTransportLayer =
+    category("Root", "Information") + category("Information", "Abc") + text("Abc", "id");
+const std::string kStream = category("Root", "Counters") + category("Counters", "Lost") + integer("Lost", 0);
+
+std::shared_ptr<TestCamera> makeCamera(const std::string& device = kDevice) {
+    return std::make_shared<TestCamera>(device, kTransportLayer, kStream);
+}
+
+using FeatureTreeTest = TreeFixture;
+
+TEST_F(FeatureTreeTest, ShowsTheThreeMapsOfACamera) {
+    show(makeCamera());
+    EXPECT_EQ(rows(), QStringList({"Duskwing X", "-DeviceControl", "--DeviceModelName=Duskwing X",
+                                   "--Width=0", "--Away=0", "-Acquisition", "--AcquisitionMode=Continuous",
+                                   "--Nested", "---Height=0", "-Broken", "Transport Layer", "-Information",
+                                   "--Abc=id", "Stream Parameters", "-Counters", "--Lost=0"}))
+        << "not implemented features are left out, not available ones are shown";
+    EXPECT_EQ(m_tree->windowTitle(), "Duskwing X");
+    const QModelIndex header = model()->index(0, 0);
+    EXPECT_EQ(header.data(Qt::BackgroundRole).value<QBrush>().color(), QColor(220, 220, 220));
+    const QModelIndex width = cell("Width");
+    EXPECT_EQ(width.sibling(width.row(), 0).data(Qt::WhatsThisRole), "Width");
+    EXPECT_EQ(width.data(Qt::UserRole).value<NodeInfo>().node.Get(), m_camera->deviceMap->GetNode("Width"));
+    EXPECT_FALSE(model()->flags(width.sibling(width.row(), 0)) & Qt::ItemIsEditable);
+}
+
+TEST_F(FeatureTreeTest, ACameraWithoutAReadableModelNameGetsTheStandInTitle) {
+    show(makeCamera(category("Root", "Group") + category("Group", "Width") + integer("Width", 0)));
+    EXPECT_EQ(rows().front(), "Duskwing S");
+}
+
+TEST_F(FeatureTreeTest, ShowsAnInterfaceAndNothing) {
+    show(makeCamera());
+    m_tree->UpdateTreeViewInterface(Norvane::InterfacePtr(std::make_shared<TestInterface>(
+        category("Root", "Info") + category("Info", "Id") + text("Id", "eth0"))));
+    EXPECT_EQ(rows(), QStringList({"Info", "-Id=eth0"}));
+    EXPECT_EQ(model()->index(0, 0).data(Qt::BackgroundRole).value<QBrush>().color(), QColor(220, 220, 220));
+    m_tree->UpdateTreeViewCamera(Norvane::CameraPtr());
+    EXPECT_EQ(rows(), QStringList());
+    EXPECT_EQ(m_tree->windowTitle(), "Device Features");
+}
+
+TEST_F(FeatureTreeTest, BrokenMapsLeaveATreeThatWorks) {
+    show(std::make_shared<TestCamera>(category("Root", "Loop Width") + category("Loop", "Width Loop") +
+                                          integer("Width", 0),
+                                      "", text("Root", "no category")));
+    EXPECT_TRUE(rows().contains("-Width=0")) << rows().join('\n').toStdString();
+    EXPECT_TRUE(view()->updatesEnabled());
+}
+
+TEST_F(FeatureTreeTest, SortsByHierarchyAndByAlphabet) {
+    show(makeCamera());
+    const QStringList hierarchy = rows();
+    pressButton("actionSortAlpha");
+    EXPECT_EQ(rows(), QStringList({"Abc=id", "AcquisitionMode=Continuous", "Away=0", "Broken",
+                                   "DeviceModelName=Duskwing X", "Height=0", "Lost=0", "Width=0"}));
+    pressButton("actionSortCategory");
+    EXPECT_EQ(rows(), hierarchy);
+    pressButton("actionSortAlpha");
+    pressButton("actionSortXML");
+    EXPECT_EQ(rows(), hierarchy);
+    EXPECT_FALSE(view()->isSortingEnabled());
+    m_tree->OnButtonGroupClicked(17);
+    EXPECT_EQ(rows(), hierarchy);
+}
+
+TEST_F(FeatureTreeTest, ExpandsAndCollapsesAndRemembersIt) {
+    const Norvane::CameraPtr camera = show(makeCamera());
+    view()->collapseAll();
+    pressButton("actionExpandTree");
+    EXPECT_TRUE(view()->isExpanded(model()->index(0, 0)));
+    m_tree->UpdateTreeViewCamera(camera);
+    EXPECT_TRUE(view()->isExpanded(model()->index(0, 0))) << "a rebuild keeps the wish";
+    pressButton("actionExpandTree");
+    EXPECT_FALSE(view()->isExpanded(model()->index(0, 0)));
+}
+
+TEST_F(FeatureTreeTest, FollowsChangesFromOtherThreads) {
+    const Norvane::CameraPtr camera = show(makeCamera());
+    QSignalSpy updated(m_tree.get(), SIGNAL(NodeUpdated(Norvane::GenApi::INode*)));
+    // The same camera again: one change is still one update.
+    m_tree->UpdateTreeViewCamera(camera);
+    m_tree->OnSortTreeByXML();
+    std::atomic<bool> waited = false;
+    std::thread library([&] {
+        CIntegerPtr(m_camera->deviceMap->GetNode("Width"))->SetValue(640);
+        waited = true; // the tree has not been asked, it is this test's thread
+    });
+    library.join();
+    EXPECT_TRUE(waited);
+    EXPECT_EQ(shown("Width"), "0") << "a change is shown by the tree's own thread";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return shown("Width") == "640"; }));
+    EXPECT_EQ(updated.count(), 1);
+}
+
+TEST_F(FeatureTreeTest, AStormOfChangesQueuesOneUpdate) {
+    show(makeCamera());
+    QSignalSpy updated(m_tree.get(), SIGNAL(NodeUpdated(Norvane::GenApi::INode*)));
+    std::thread library([&] {
+        CIntegerPtr width(m_camera->deviceMap->GetNode("Width"));
+        for (int i = 1; i <= 500; ++i) {
+            width->SetValue(i);
+        }
+    });
+    library.join();
+    EXPECT_EQ(updated.count(), 1);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return shown("Width") == "500"; })) << shown("Width").toStdString();
+    std::thread([&] { CIntegerPtr(m_camera->deviceMap->GetNode("Width"))->SetValue(7); }).join();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return shown("Width") == "7"; })) << "later changes come through";
+}
+
+TEST_F(FeatureTreeTest, TellsOfTheAcquisitionModeWhileItsRowIsShown) {
+    show(makeCamera());
+    int told = 0;
+    Norvane::CameraPtr of;
+    QObject::connect(m_tree.get(), &wFeatureTree::AcquisitionModeUpdated,
+                     [&](const Norvane::CameraPtr& camera) {
+                         ++told;
+                         of = camera;
+                     });
+    CEnumerationPtr mode(m_camera->deviceMap->GetNode("AcquisitionMode"));
+    mode->SetIntValue(1);
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(of.get(), m_camera.get());
+    EXPECT_EQ(cell("AcquisitionMode").data(Qt::EditRole).value<ComboBoxValues>().currentText, "SingleFrame");
+    searchBox()->setText("Width");
+    mode->SetIntValue(0);
+    EXPECT_EQ(told, 1) << "the row is not in the filtered list";
+}
+
+TEST_F(FeatureTreeTest, FillingReadsNoRegisterTwice) {
+    auto camera = makeCamera();
+    show(camera);
+    EXPECT_EQ(camera->port->mostReads(), 1);
+    EXPECT_EQ(camera->streamPort->mostReads(), 1);
+    camera->port->forgetCounts();
+    searchBox()->setText("e");
+    m_tree->OnSortTreeByAlpha();
+    EXPECT_EQ(camera->port->mostReads(), 0) << "what is cached is not read again";
+}
+
+TEST_F(FeatureTreeTest, AClickDescribesAndADoubleClickInforms) {
+    show(makeCamera());
+    const auto labels = [&] {
+        QStringList texts;
+        for (const QLabel* label : m_tree->findChildren<QLabel*>()) {
+            texts << label->text();
+        }
+        return texts;
+    };
+    click(cell("Away").sibling(cell("Away").row(), 0));
+    EXPECT_TRUE(labels().contains("Away"));
+    EXPECT_TRUE(labels().contains("Counts, if n &lt; 5 &amp; more.")) << labels().join('|').toStdString();
+
+    click(cell("Width").sibling(cell("Width").row(), 0));
+    QTest::mouseDClick(view()->viewport(), Qt::LeftButton, {},
+                       view()->visualRect(cell("Width").sibling(cell("Width").row(), 0)).center());
+    ASSERT_EQ(m_tree->findChildren<wPrmDialog*>().size(), 1);
+    EXPECT_FALSE(m_tree->findChild<wPrmDialog*>()->isModal());
+    m_tree->OnDoubleClickParam(cell("Away"));
+    ASSERT_EQ(m_tree->findChildren<wPrmDialog*>().size(), 1) << "a second dialog takes the first one's place";
+    m_tree->OnDoubleClickParam(model()->index(0, 0));
+    EXPECT_EQ(m_tree->findChildren<wPrmDialog*>().size(), 1) << "a header is no node";
+    delete m_tree->findChild<wPrmDialog*>();
+    pressButton("actionSortXML");
+    EXPECT_FALSE(labels().contains("Away")) << "a rebuild clears the description";
+}
+
+TEST_F(FeatureTreeTest, EveryButtonHasAName) {
+    for (const QToolButton* button : m_tree->findChildren<QToolButton*>()) {
+        if (!button->objectName().startsWith("action")) {
+            continue;
+        }
+        EXPECT_FALSE(button->toolTip().isEmpty()) << button->objectName().toStdString();
+        EXPECT_FALSE(button->accessibleName().isEmpty()) << button->objectName().toStdString();
+    }
+    EXPECT_FALSE(searchBox()->accessibleName().isEmpty());
+    EXPECT_EQ(searchBox()->window(), m_tree.get()) << "the tool bar stands in the panel";
+}
+
+} // namespace
