@@ -1,0 +1,97 @@
+#include "RecordingRules.h"
+
+#include "DrivenClock.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+RecordingSettings settingsFor(RecordSaveOption option) {
+    RecordingSettings settings;
+    settings.saveOption = option;
+    return settings;
+}
+
+/// Which of the images 1, 2, 3, ... of a run are kept, until the rules end it or `limit` images came.
+std::vector<int> keptImages(RecordingRules& rules, const RecordingSettings& settings, DrivenClock& clock,
+                            double periodMs, int limit = 1000) {
+    std::vector<int> kept;
+    for (int image = 1; image <= limit; ++image) {
+        clock.Pass(periodMs);
+        if (!rules.ShouldSkipImage(settings)) {
+            kept.push_back(image);
+        }
+        if (rules.IsDoneGrabbing(settings, static_cast<unsigned int>(kept.size()))) {
+            break;
+        }
+    }
+    return kept;
+}
+
+TEST(RecordingRules, KeepsTheLastOfEveryNAndStopsAfterTheRunsShare) {
+    DrivenClock clock;
+    RecordingRules rules(clock);
+    RecordingSettings settings = settingsFor(SAVE_ONE_OF_N);
+    settings.everyN = 3;
+    settings.framesToKeep = 10 / 3;
+    rules.Start(settings, 30);
+    EXPECT_EQ(keptImages(rules, settings, clock, 33), (std::vector<int>{3, 6, 9}));
+
+    // A counter left over from a run that was stopped must not shift the next one.
+    rules.ShouldSkipImage(settings);
+    rules.Start(settings, 30);
+    EXPECT_EQ(keptImages(rules, settings, clock, 33), (std::vector<int>{3, 6, 9}));
+}
+
+TEST(RecordingRules, CountsFramesOrGoesOnUntilStopped) {
+    DrivenClock clock;
+    RecordingRules rules(clock);
+    RecordingSettings settings = settingsFor(SAVE_FRAME_COUNT);
+    settings.framesToGrab = 4;
+    rules.Start(settings, 30);
+    EXPECT_EQ(keptImages(rules, settings, clock, 33).size(), 4U);
+    settings.framesToGrab = 0;
+    EXPECT_EQ(keptImages(rules, settings, clock, 33, 50).size(), 50U);
+    EXPECT_EQ(keptImages(rules, settingsFor(SAVE_FOR_TIME), clock, 33, 50).size(), 50U);
+}
+
+TEST(RecordingRules, TimeLapseKeepsOneImagePerIntervalUntilTheRunIsOver) {
+    DrivenClock clock;
+    RecordingRules rules(clock);
+    RecordingSettings settings = settingsFor(SAVE_TIME_LAPSE);
+    settings.intervalMs = 100;
+    settings.runMs = 500;
+    rules.Start(settings, 100); // period 10 ms: first save after 90 ms, end after 490 ms
+    EXPECT_EQ(keptImages(rules, settings, clock, 10), (std::vector<int>{9, 19, 29, 39, 49}));
+}
+
+struct ShortInterval {
+    const char* name;
+    unsigned int intervalMs;
+    double cameraFrameRate;
+    unsigned int runMs;
+    std::size_t kept; // at an image every 10 ms
+};
+
+class TimeLapseEdge : public testing::TestWithParam<ShortInterval> {};
+
+TEST_P(TimeLapseEdge, KeepsEveryImageUntilTheRunIsOver) {
+    DrivenClock clock;
+    RecordingRules rules(clock);
+    RecordingSettings settings = settingsFor(SAVE_TIME_LAPSE);
+    settings.intervalMs = GetParam().intervalMs;
+    settings.runMs = GetParam().runMs;
+    rules.Start(settings, GetParam().cameraFrameRate);
+    EXPECT_EQ(keptImages(rules, settings, clock, 10).size(), GetParam().kept);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, TimeLapseEdge,
+                         testing::Values(ShortInterval{"IntervalBelowThePeriod", 5, 100, 200, 20},
+                                         ShortInterval{"IntervalIsThePeriod", 10, 100, 200, 19},
+                                         ShortInterval{"RunBelowThePeriod", 20, 100, 5, 1},
+                                         ShortInterval{"CameraTellsNoRate", 5, 0, 200, 20}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+} // namespace
