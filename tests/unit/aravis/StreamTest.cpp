@@ -168,6 +168,7 @@ TEST_F(StreamTest, WhatWasNotReceivedIsZeroAndNeverAnOlderImage) {
     Start();
     int incomplete = 0;
     int withContent = 0;
+    int withHoles = 0;
     for (int i = 0; i < 400 && incomplete < 25; ++i) {
         const auto frame = m_stream->Pop(3000);
         ASSERT_TRUE(frame);
@@ -182,10 +183,12 @@ TEST_F(StreamTest, WhatWasNotReceivedIsZeroAndNeverAnOlderImage) {
         ASSERT_EQ(count.foreign, 0U) << "image " << frame->frameId;
         ASSERT_EQ(frame->size, m_settings.payloadSize);
         ASSERT_EQ(frame->width, 512U);
-        // The ramp itself is zero here and there, a missing packet is zero throughout.
-        ASSERT_GE(count.zero, 100U);
+        // The ramp itself is zero here and there, a missing packet is zero throughout; only a lost trailer costs
+        // nothing.
+        withHoles += count.zero > 100;
         withContent += count.drawn > 100000;
     }
+    EXPECT_GE(withHoles, 15);
     EXPECT_GE(withContent, 5) << "what did arrive is there";
     EXPECT_GE(incomplete, 25);
     EXPECT_EQ(m_stream->Statistics().corruptImages, static_cast<std::uint64_t>(incomplete));

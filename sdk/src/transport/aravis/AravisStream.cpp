@@ -138,14 +138,14 @@ std::optional<Frame> AravisStream::MakeFrame(GObjectPtr<ArvBuffer> buffer) {
     } else {
         m_core->ClearUnreceived(memory, m_core->BufferSize());
     }
-    if (frame.status != IMAGE_NO_ERROR && received == 0) {
-        // Without its leader an image has neither number nor time; the buffer still has those of an older
-        // one.
+    const std::uint64_t frameId = arv_buffer_get_frame_id(buffer.get());
+    if (frameId == StreamCore::kNoFrameId) {
+        // The time that the buffer tells is that of an older image.
         frame.status = IMAGE_MISSING_LEADER;
         frame.frameId = m_frameIds.Continue();
         frame.timestampNs = m_latestTimestampNs;
     } else {
-        frame.frameId = m_frameIds.Continue(arv_buffer_get_frame_id(buffer.get()));
+        frame.frameId = m_frameIds.Continue(frameId);
         frame.timestampNs = arv_buffer_get_timestamp(buffer.get());
         m_latestTimestampNs = frame.timestampNs;
     }

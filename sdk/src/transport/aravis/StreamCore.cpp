@@ -137,12 +137,17 @@ void StreamCore::Start(std::shared_ptr<OpenedDevice> opened, const std::shared_p
 
 void StreamCore::AddBuffers() {
     for (std::uint32_t i = 0; i < m_settings.bufferCount; ++i) {
-        ArvBuffer* buffer = AllocateBuffer(m_settings.payloadSize, m_target.label);
-        std::size_t size = 0;
-        auto* data = static_cast<std::uint8_t*>(const_cast<void*>(arv_buffer_get_data(buffer, &size)));
-        m_marks->Mark(data, m_settings.payloadSize);
-        arv_stream_push_buffer(m_stream.get(), buffer);
+        GObjectPtr<ArvBuffer> buffer(AllocateBuffer(m_settings.payloadSize, m_target.label));
+        Prepare(buffer.get());
+        arv_stream_push_buffer(m_stream.get(), buffer.release());
     }
+}
+
+void StreamCore::Prepare(ArvBuffer* buffer) const {
+    std::size_t size = 0;
+    auto* data = static_cast<std::uint8_t*>(const_cast<void*>(arv_buffer_get_data(buffer, &size)));
+    m_marks->Mark(data, m_settings.payloadSize);
+    arv_buffer_set_frame_id(buffer, kNoFrameId);
 }
 
 void StreamCore::Stop() {
@@ -217,9 +222,7 @@ void StreamCore::Wake() {
 }
 
 void StreamCore::GiveBack(ArvBuffer* buffer) {
-    std::size_t size = 0;
-    auto* data = static_cast<std::uint8_t*>(const_cast<void*>(arv_buffer_get_data(buffer, &size)));
-    m_marks->Mark(data, m_settings.payloadSize);
+    Prepare(buffer);
     m_marked.fetch_add(1, std::memory_order_release);
     GObjectPtr<ArvBuffer> owner(buffer);
     const MutexLock lock(m_mutex);

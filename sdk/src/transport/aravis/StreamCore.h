@@ -19,6 +19,9 @@ namespace Norvane::Transport {
 /// it. Shared by the stream, by every frame that is still in use and by Aravis's receive thread.
 class StreamCore {
 public:
+    /// The number of a buffer's image while its leader has not come.
+    static constexpr std::uint64_t kNoFrameId = UINT64_MAX;
+
     StreamCore(DeviceTarget target, const StreamSettings& settings);
     ~StreamCore();
     StreamCore(const StreamCore&) = delete;
@@ -36,7 +39,7 @@ public:
     /// The next finished buffer, or null after the timeout, Wake or Detach. One thread at a time.
     GObjectPtr<ArvBuffer> Pop(std::chrono::steady_clock::time_point deadline);
     void Wake();
-    /// Puts a buffer's marks in place and gives it back to the stream; without stream the buffer is freed.
+    /// Makes a buffer ready for an image and gives it back to the stream; without stream the buffer is freed.
     void GiveBack(ArvBuffer* buffer);
     /// Clears what a buffer with missing packets did not receive.
     void ClearUnreceived(std::uint8_t* data, std::size_t size) const;
@@ -51,6 +54,7 @@ public:
 private:
     static void OnStreamEvent(void* self, ArvStreamCallbackType type, ArvBuffer* buffer);
     void AddBuffers();
+    void Prepare(ArvBuffer* buffer) const;
     StreamStatistics ReadStatistics() const REQUIRES(m_mutex);
 
     const DeviceTarget m_target;
