@@ -17,6 +17,7 @@ int main(int argc, char** argv) {
     qInstallMessageHandler(loggingOutput);
     Norvane::SetLogSink(forwardLibraryLog);
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts, true);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps, true);
     QApplication application(argc, argv);
     initTavorinResources();
 

@@ -248,8 +248,15 @@ void NorSimpleGUI_QT::OnRemoveImageDisplay(int serial) {
         SwitchToNextDevice(index);
         index = FindDisplay(serial);
     }
-    if (index >= 0) {
-        m_displaysToDelete.append(m_imageDisplays.takeAt(index));
+    if (index < 0) {
+        return;
+    }
+    const QPointer<wImageDisplay> display = m_imageDisplays.takeAt(index);
+    m_displaysToDelete.append(display);
+    if (display) {
+        // It waits unseen, and its worker must not receive what the camera sends when it is opened anew.
+        display->OnStopStream();
+        display->hide();
     }
 }
 

@@ -19,6 +19,7 @@
 #include <QPushButton>
 #include <QSaveFile>
 #include <QScopeGuard>
+#include <QScrollArea>
 #include <QSignalBlocker>
 #include <QStandardPaths>
 #include <QThread>
@@ -93,7 +94,11 @@ wFileAccess::~wFileAccess() {
 }
 
 void wFileAccess::setupWidgets() {
-    auto* container = new QWidget(this);
+    // Scrolled, because the dock must not become as wide as the longest text here.
+    auto* scrollArea = new QScrollArea(this);
+    scrollArea->setFrameShape(QFrame::NoFrame);
+    scrollArea->setWidgetResizable(true);
+    auto* container = new QWidget;
     m_fileSelector = new QComboBox;
     m_fileSelector->setObjectName(QStringLiteral("m_fileSelector"));
     m_fileSelector->setToolTip(tr("Selects which file is being operated on"));
@@ -129,7 +134,8 @@ void wFileAccess::setupWidgets() {
     layout->addWidget(m_progress);
     layout->addWidget(m_status);
     layout->addStretch();
-    setWidget(container);
+    scrollArea->setWidget(container);
+    setWidget(scrollArea);
 }
 
 void wFileAccess::Callback(INode* node) {
