@@ -359,3 +359,13 @@ std::string runCommand(const Arguments& arguments) {
     }
     return command->second(arguments);
 }
+
+int exitCodeOf(const Norvane::Exception& error) {
+    switch (error.GetError()) {
+    case Norvane::Error::GenApiAccess:
+    case Norvane::Error::GenApiOutOfRange:
+        return kNotAllowed;
+    default:
+        return kFailed;
+    }
+}

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
+#include <limits>
 
 using namespace Norvane::GenApi;
 
@@ -26,6 +28,16 @@ std::string plain(const FeatureValue& value) {
 
 bool isSet(const FeatureValue& value) {
     return !std::holds_alternative<std::monostate>(value);
+}
+
+/// Whether a number is the end of its type's range.
+bool isLimit(const FeatureValue& value) {
+    if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+        return *integer == std::numeric_limits<std::int64_t>::min() ||
+               *integer == std::numeric_limits<std::int64_t>::max();
+    }
+    const auto* number = std::get_if<double>(&value);
+    return number && std::abs(*number) >= static_cast<double>(std::numeric_limits<float>::max());
 }
 
 /// One line of printable text; a camera's strings may hold anything.
@@ -52,10 +64,13 @@ std::string details(const FeatureRecord& record) {
         text += text.empty() ? "" : "  ";
         text += part;
     };
-    if (isSet(record.minimum) && isSet(record.maximum)) {
+    // A range matters to who writes, and one that a number's type sets anyway tells nothing.
+    if (IsWritable(record.access) && isSet(record.minimum) && isSet(record.maximum) &&
+        !(isLimit(record.minimum) && isLimit(record.maximum))) {
         add("[" + plain(record.minimum) + " .. " + plain(record.maximum) + "]");
     }
-    if (isSet(record.increment)) {
+    if (IsWritable(record.access) && isSet(record.increment) &&
+        record.increment != FeatureValue(std::int64_t{1})) {
         add("step " + plain(record.increment));
     }
     std::string list;

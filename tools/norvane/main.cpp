@@ -2,7 +2,6 @@
 #include "Commands.h"
 #include "Failure.h"
 
-#include "norvane/Exception.h"
 #include "norvane/Log.h"
 
 #include <algorithm>
@@ -23,16 +22,6 @@ std::string oneLine(std::string text) {
 void logLine(Norvane::LogLevel level, const char* message) {
     if (level >= Norvane::LogLevel::Warning || verbose) {
         std::fprintf(stderr, "norvane: %s\n", oneLine(message).c_str());
-    }
-}
-
-int exitCodeOf(const Norvane::Exception& error) {
-    switch (error.GetError()) {
-    case Norvane::Error::GenApiAccess:
-    case Norvane::Error::GenApiOutOfRange:
-        return kNotAllowed;
-    default:
-        return kFailed;
     }
 }
 

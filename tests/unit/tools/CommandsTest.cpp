@@ -38,8 +38,8 @@ protected:
             run(std::move(words));
         } catch (const Failure& error) {
             return error.exitCode();
-        } catch (const Norvane::Exception&) {
-            return kFailed;
+        } catch (const Norvane::Exception& error) {
+            return exitCodeOf(error);
         }
         return -1;
     }
@@ -57,8 +57,8 @@ TEST_F(CommandsTest, DescribesEveryFeatureOfAFile) {
 <Category Name="Control"><pFeature>Exposure</pFeature><pFeature>Mode</pFeature><pFeature>Bad</pFeature>
 <pFeature>Gone</pFeature></Category>
 <Float Name="Exposure"><Description>How "long"</Description><Value>12.5</Value><Min>1</Min><Max>100</Max><Unit>us</Unit></Float>
-<Enumeration Name="Mode"><EnumEntry Name="EnumEntry_Mode_Off"><Value>0</Value></EnumEntry>
-<EnumEntry Name="EnumEntry_Mode_On"><Value>1</Value></EnumEntry><Value>1</Value></Enumeration>
+<Enumeration Name="Mode"><EnumEntry Name="EnumEntry_Mode_Off"><Value>0</Value><Symbolic>Off</Symbolic></EnumEntry>
+<EnumEntry Name="EnumEntry_Mode_On"><Value>1</Value><Symbolic>On</Symbolic></EnumEntry><Value>1</Value></Enumeration>
 <IntSwissKnife Name="Bad"><Formula>1/0</Formula></IntSwissKnife>
 <Integer Name="Never"><Value>0</Value></Integer>
 <Integer Name="Gone"><pIsImplemented>Never</pIsImplemented><Value>1</Value></Integer>
@@ -124,7 +124,7 @@ frame-rate = 50
         EXPECT_EQ(run({"set", "Cam-A", "AcquisitionMode", "SingleFrame"}), "SingleFrame\n");
         EXPECT_EQ(run({"get", "Cam-A", "AcquisitionMode"}), "SingleFrame\n");
         EXPECT_EQ(run({"set", "Cam-A", "AcquisitionMode", "Continuous"}), "Continuous\n");
-        EXPECT_EQ(failure({"set", "Cam-A", "Width", "1000000"}), kFailed) << "out of range, a library error";
+        EXPECT_EQ(failure({"set", "Cam-A", "Width", "1000000"}), kNotAllowed) << "out of range";
         EXPECT_EQ(failure({"set", "Cam-A", "DeviceVendorName", "Me"}), kNotAllowed);
         EXPECT_EQ(failure({"set", "Cam-A", "TimestampReset", "1"}), kNotAllowed) << "a command is executed";
         EXPECT_EQ(failure({"execute", "Cam-A", "Width"}), kNotAllowed);
