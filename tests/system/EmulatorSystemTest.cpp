@@ -243,5 +243,28 @@ TEST_F(EmulatorSystemTest, TheSystemStartsAgainAfterItsLastHandle) {
     }
 }
 
+TEST_F(EmulatorSystemTest, AHandlerMayDropTheLastHandle) {
+    struct Dropper : InterfaceEventHandler {
+        void OnDeviceArrival(std::uint64_t) override {
+            system = nullptr;
+            dropped = true;
+        }
+        void OnDeviceRemoval(std::uint64_t) override {}
+        SystemPtr system;
+        std::atomic<bool> dropped{false};
+    };
+    AddInterface();
+    Start();
+    EXPECT_EQ(m_system->GetCameras(true).GetSize(), 0U);
+    Dropper dropper;
+    dropper.system = m_system;
+    m_system->RegisterInterfaceEventHandler(dropper);
+    m_system = nullptr;
+    AddCamera("1");
+    ASSERT_TRUE(Eventually([&] { return dropper.dropped.load(); }));
+    Start(); // waits for the end of the former system
+    EXPECT_TRUE(Find("1").IsValid());
+}
+
 } // namespace
 } // namespace Norvane::Test

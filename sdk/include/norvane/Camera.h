@@ -26,7 +26,8 @@ public:
     /// that does not answer at most a second; opening then goes on in the background.
     /// @throws Exception (Timeout, NotAvailable, Io) when it is not open at the end.
     virtual void Init() = 0;
-    /// Ends acquisition and closes the camera; node maps stay usable for reading what is cached. No error.
+    /// Ends acquisition and closes the camera; node maps stay usable for reading what is cached, and the next
+    /// Init() finds them again. Waits for a camera that does not answer at most a second. No error.
     virtual void DeInit() = 0;
     virtual bool IsStreaming() const = 0;
     /// RW, RO when another program holds the camera, NA while it is not open.
@@ -54,13 +55,16 @@ public:
     virtual void EndAcquisition() = 0;
     /// The next image of a streaming camera that has no image handler.
     /// @throws Exception (Timeout), (Abort) when acquisition ends or the camera is lost meanwhile,
-    ///         (InvalidId) for a stream that does not exist.
+    ///         (NotInitialized) when the camera is not streaming, (ResourceInUse) when an image handler gets
+    ///         the images, (InvalidId) for a stream that does not exist.
     virtual ImagePtr GetNextImage(std::uint64_t timeoutMs = EVENT_TIMEOUT_INFINITE,
                                   std::uint64_t streamIndex = 0) = 0;
 
+    /// The handler stays registered when the stream ends or the camera is lost, until it is unregistered.
     /// @throws Exception (InvalidParameter) when the handler is no ImageEventHandler or registered already.
     virtual void RegisterEventHandler(EventHandler& handler) = 0;
-    /// Returns after the handler's last call, except when it is called by the handler itself.
+    /// Returns after the handler's last call, except when it is called by the handler itself. A handler that
+    /// is not registered is passed over.
     virtual void UnregisterEventHandler(EventHandler& handler) = 0;
 };
 

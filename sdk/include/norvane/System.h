@@ -28,8 +28,8 @@ public:
     virtual CameraList GetCameras(bool update = true) = 0;
 
     /// Registers for interface arrival and removal (an InterfaceArrivalEventHandler, an
-    /// InterfaceRemovalEventHandler, or both in one object).
-    /// @throws Exception (InvalidParameter) when the handler is neither.
+    /// InterfaceRemovalEventHandler, or both in one object). What is there already does not arrive.
+    /// @throws Exception (InvalidParameter) when the handler is neither, or registered already.
     virtual void RegisterEventHandler(EventHandler& handler) = 0;
     virtual void UnregisterEventHandler(EventHandler& handler) = 0;
 

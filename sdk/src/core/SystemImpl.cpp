@@ -44,8 +44,9 @@ SystemImpl::~SystemImpl() {
     m_registry->Shutdown();
     m_tasks->Finish();
     if (const std::size_t handles = m_registry->CountHandles()) {
-        Log(LogLevel::Warning, "the camera system was released while " + std::to_string(handles) +
-                                   " handles to cameras or interfaces were held; they are no longer valid");
+        Log(LogLevel::Warning, "the camera system was released; handles to cameras or interfaces that are "
+                               "still held: " +
+                                   std::to_string(handles) + ", no longer valid");
     }
 }
 
