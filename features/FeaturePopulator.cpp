@@ -111,10 +111,14 @@ void FeaturePopulator::addFlat(INodeMap& map) {
     });
 }
 
-void FeaturePopulator::addFeature(INodeMap& map, const QString& name) {
+void FeaturePopulator::addFeature(INodeMap& map, const QString& name, const std::set<gcstring>& categories) {
+    INode* node = map.GetNode(name.toUtf8().constData());
+    if (!node || categories.count(node->GetDisplayName()) != 0) {
+        return;
+    }
     guarded("feature", [&] {
-        INode* node = map.GetNode(name.toUtf8().constData());
-        if (node && !isCategory(*node, node->GetAccessMode())) {
+        // Nested categories are none of the given ones, but no features either.
+        if (!isCategory(*node, node->GetAccessMode())) {
             populate(node, nullptr, false);
         }
     });

@@ -4,6 +4,7 @@
 
 #include <QStringList>
 
+#include <set>
 #include <vector>
 
 class FeatureModel;
@@ -22,8 +23,10 @@ public:
     void addHierarchy(Norvane::GenApi::INodeMap& map, QStandardItem* parent);
     /// Every feature at the top level, without categories.
     void addFlat(Norvane::GenApi::INodeMap& map);
-    /// One feature by its name at the top level; nothing when the map has no such feature.
-    void addFeature(Norvane::GenApi::INodeMap& map, const QString& name);
+    /// One feature by its name at the top level; nothing when the map has no such feature, or when its
+    /// display name is one of `categories`.
+    void addFeature(Norvane::GenApi::INodeMap& map, const QString& name,
+                    const std::set<Norvane::GenApi::gcstring>& categories);
 
     /// Whether a node is shown as a category: one that cannot be read now is shown as a feature.
     static bool isCategory(Norvane::GenApi::INode& node, Norvane::GenApi::EAccessMode access);

@@ -498,11 +498,13 @@ void wFeatureTree::GetCategoryNodesList(INodeMap& map, CategoryList& list) {
     });
 }
 
-bool wFeatureTree::IsInCategoryList(const CategoryList& list, const CNodePtr& node) {
+std::set<gcstring> wFeatureTree::displayNames(const CategoryList& categories) {
     const QMutexLocker lock(&m_categoryMutex);
-    const gcstring displayName = node->GetDisplayName();
-    return std::any_of(list.begin(), list.end(),
-                       [&](const CNodePtr& category) { return category->GetDisplayName() == displayName; });
+    std::set<gcstring> names;
+    for (const CNodePtr& category : categories) {
+        names.insert(category->GetDisplayName());
+    }
+    return names;
 }
 
 void wFeatureTree::OnRefreshTree() {
@@ -535,24 +537,23 @@ void wFeatureTree::OnCreateFilteredTreeModel() {
         names = FeaturePopulator::matchingNames(*m_model, pattern);
     }
     guarded("filtered features", [&] {
+        // The maps in which to look, each with the names that its categories show.
+        std::vector<std::pair<INodeMap*, std::set<gcstring>>> maps;
+        if (m_camera.IsValid()) {
+            maps = {{&m_camera->GetNodeMap(), displayNames(m_deviceCategories)},
+                    {&m_camera->GetTLDeviceNodeMap(), displayNames(m_tlDeviceCategories)},
+                    {&m_camera->GetTLStreamNodeMap(), displayNames(m_streamCategories)}};
+        } else if (m_interface.IsValid()) {
+            maps = {{&m_interface->GetTLNodeMap(), displayNames(m_interfaceCategories)}};
+        }
         m_filteredModel->rebuild([&] {
+            FeaturePopulator populator(*m_filteredModel, nullptr);
             for (const QString& name : names) {
-                if (m_camera.IsValid()) {
-                    appendMatch(m_camera->GetNodeMap(), name, m_deviceCategories);
-                    appendMatch(m_camera->GetTLDeviceNodeMap(), name, m_tlDeviceCategories);
-                    appendMatch(m_camera->GetTLStreamNodeMap(), name, m_streamCategories);
-                } else if (m_interface.IsValid()) {
-                    appendMatch(m_interface->GetTLNodeMap(), name, m_interfaceCategories);
+                for (const auto& [map, categories] : maps) {
+                    populator.addFeature(*map, name, categories);
                 }
             }
         });
     });
     m_treeView->showModel(m_filteredModel);
-}
-
-void wFeatureTree::appendMatch(INodeMap& map, const QString& name, const CategoryList& categories) {
-    CNodePtr node(map.GetNode(name.toUtf8().constData()));
-    if (node.IsValid() && !IsInCategoryList(categories, node)) {
-        FeaturePopulator(*m_filteredModel, nullptr).addFeature(map, name);
-    }
 }

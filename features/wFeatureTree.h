@@ -87,8 +87,7 @@ private:
     void displayCamera(const Norvane::CameraPtr& camera);
 
     static void GetCategoryNodesList(Norvane::GenApi::INodeMap& map, CategoryList& list);
-    bool IsInCategoryList(const CategoryList& list, const Norvane::GenApi::CNodePtr& node);
-    void appendMatch(Norvane::GenApi::INodeMap& map, const QString& name, const CategoryList& categories);
+    std::set<Norvane::GenApi::gcstring> displayNames(const CategoryList& categories);
     Norvane::GenApi::CNodePtr findNode(const QString& name) const;
 
     void takePending(Norvane::GenApi::INode* node);
