@@ -66,6 +66,7 @@ bool CameraFile::open(OpenMode mode) {
         success = execute(Open);
     });
     m_position = 0;
+    m_advancesByItself = false;
     return success;
 }
 
@@ -124,8 +125,17 @@ CameraFile::ChunkAnswer CameraFile::PrepareChunks() {
     return answer;
 }
 
+void CameraFile::keepOffset() {
+    if (m_position == 0 || m_advancesByItself) {
+        return;
+    }
+    // Most cameras do, which the second chunk shows; then it is not looked at again, for on a slow link each
+    // access counts.
+    m_advancesByItself = IsReadable(m_offset.Get()) && m_offset->GetValue(false, true) == m_position;
+    setOffset(m_position);
+}
+
 void CameraFile::setOffset(std::int64_t offset) {
-    // Most cameras advance the offset by themselves; then nothing is written here.
     if (IsReadable(m_offset.Get()) && m_offset->GetValue() != offset && IsWritable(m_offset.Get())) {
         m_offset->SetValue(offset, true);
     }
@@ -144,7 +154,7 @@ std::int64_t CameraFile::bytesMoved(std::int64_t most) {
 std::int64_t CameraFile::WriteChunk(const char* data, std::int64_t count) {
     std::int64_t written = -1;
     guarded("writing to a camera file", [&] {
-        setOffset(m_position);
+        keepOffset();
         if (count < m_chunkLength) {
             const std::int64_t padded = std::min(roundedUpTo4(count), m_chunkLength);
             std::vector<std::uint8_t> chunk(static_cast<std::size_t>(padded), kFill);
@@ -165,7 +175,7 @@ std::int64_t CameraFile::WriteChunk(const char* data, std::int64_t count) {
 std::int64_t CameraFile::ReadChunk(char* data, std::int64_t capacity) {
     std::int64_t read = -1;
     guarded("reading from a camera file", [&] {
-        setOffset(m_position);
+        keepOffset();
         if (!execute(Read)) {
             return;
         }

@@ -51,6 +51,7 @@ private:
     bool execute(Operation operation);
     void selectOwnFile();
     void setOffset(std::int64_t offset);
+    void keepOffset();
     bool waitUntilDone();
     std::int64_t bytesMoved(std::int64_t most);
 
@@ -69,4 +70,5 @@ private:
     std::int64_t m_file = 0; ///< value of the selector
     std::int64_t m_chunkLength = 0;
     std::int64_t m_position = 0;
+    bool m_advancesByItself = false; ///< the camera moves the offset with each chunk
 };

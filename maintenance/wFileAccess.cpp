@@ -33,7 +33,7 @@ using namespace Norvane::GenApi;
 namespace {
 
 /// More often than this nobody sees a number change, and drawing it would cost more than a fast link's chunk.
-constexpr qint64 kProgressIntervalMs = 15;
+constexpr qint64 kProgressIntervalMs = 40;
 /// What a byte array can hold.
 constexpr std::int64_t kLargestFile = std::numeric_limits<int>::max() - 64;
 

@@ -22,7 +22,7 @@ wFirmwareDialog::wFirmwareDialog(QWidget* parent)
     : QDialog(parent), m_ui(std::make_unique<Ui_wFirmwareDialog>()) {
     m_ui->setupUi(this);
     m_ui->prmDeviceGroupBox->setTitle(QStringLiteral("Device Information"));
-    m_ui->prmDeviceTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    m_ui->prmDeviceTable->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
 
     connect(m_ui->prmBrowseButton, &QPushButton::clicked, this, &wFirmwareDialog::OnBrowseFiles);
     connect(m_ui->prmFwUpdateButtonBox, &QDialogButtonBox::accepted, this,
