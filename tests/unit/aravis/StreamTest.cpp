@@ -183,8 +183,8 @@ TEST_F(StreamTest, WhatWasNotReceivedIsZeroAndNeverAnOlderImage) {
         ASSERT_EQ(count.foreign, 0U) << "image " << frame->frameId;
         ASSERT_EQ(frame->size, m_settings.payloadSize);
         ASSERT_EQ(frame->width, 512U);
-        // The ramp itself is zero here and there, a missing packet is zero throughout; only a lost trailer costs
-        // nothing.
+        // The ramp itself is zero here and there, a missing packet is zero throughout; only a lost trailer
+        // costs nothing.
         withHoles += count.zero > 100;
         withContent += count.drawn > 100000;
     }
