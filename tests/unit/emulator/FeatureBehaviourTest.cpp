@@ -160,7 +160,7 @@ TEST_F(FeatureBehaviourTest, AvailabilityFollowsOtherFeatures) {
         {{{"AcquisitionFrameRateEnable", "false"}}, "AcquisitionFrameRate", NA},
         {{}, "ExposureTime", RW},
         {{{"ExposureAuto", "Continuous"}}, "ExposureTime", RO},
-        {{{"ExposureMode", "TriggerWidth"}}, "ExposureTime", NA},
+        {{{"ExposureMode", "Off"}}, "ExposureTime", NA},
         {{}, "TriggerSoftware", NA},
         {{{"TriggerMode", "On"}}, "TriggerSoftware", WO},
         {{{"TriggerMode", "On"}, {"TriggerSource", "Line0"}}, "TriggerSoftware", NA},

@@ -121,6 +121,14 @@ void CameraModel::Apply(const CameraSettings& camera, const InterfaceSettings& i
         camera.fileLengthWritable != before.fileLengthWritable) {
         ApplyFileSettings(*this);
     }
+    // The factory's set goes with the file: loading it must not bring the former file's values back.
+    if (camera.frameRate != before.frameRate || camera.pixelFormat != before.pixelFormat ||
+        camera.inference != before.inference) {
+        for (const char* name : {"AcquisitionFrameRate", "ExposureTicks", "PixelFormat", "InferenceEnable",
+                                 "InferenceNetworkTypeSelector", "ChunkEnable", "ChunkModeActive"}) {
+            m_factory[name] = m_bank.Bytes(name);
+        }
+    }
     if (onWake) {
         onWake();
     }
@@ -203,8 +211,8 @@ void CameraModel::FollowAutomatics() {
     };
     follow("ExposureAuto", [&] {
         const double wanted = NaturalExposureUs(m_camera.frameRate);
-        m_bank.SetInt("ExposureTicks", std::lround(approach(ExposureUs(), wanted) * 100.0));
-        return std::abs(ExposureUs() - wanted) < 0.01;
+        m_bank.SetInt("ExposureTicks", std::lround(approach(ExposureTimeUs(), wanted) * 100.0));
+        return std::abs(ExposureTimeUs() - wanted) < 0.01;
     });
     follow("GainAuto", [&] {
         m_bank.SetInt("GainTenths", m_bank.Int("GainTenths") / 2);
@@ -220,8 +228,48 @@ void CameraModel::FollowAutomatics() {
     });
 }
 
-double CameraModel::ExposureUs() const {
+double CameraModel::ExposureTimeUs() const {
     return static_cast<double>(m_bank.Int("ExposureTicks")) / 100.0;
+}
+
+double CameraModel::ExposureUs() const {
+    return m_bank.Int("ExposureMode") == 0 ? 1e6 / ResultingFrameRate() : ExposureTimeUs();
+}
+
+std::optional<Clock::time_point> CameraModel::NextEdgeFor(std::size_t trigger,
+                                                          Clock::time_point after) const {
+    const std::int64_t line = m_bank.Int("TriggerSource", trigger) - 1;
+    if (!m_bank.Int("TriggerMode", trigger) || line < 0) {
+        return std::nullopt;
+    }
+    // The wave at a line rises at each odd multiple of its half period and falls at each even one.
+    const std::int64_t half = kLineHalfPeriodNs[line];
+    std::int64_t next = NanosecondsSincePowerUp(after) / half + 1;
+    const std::int64_t activation = m_bank.Int("TriggerActivation", trigger); // 0 rising, 1 falling, 2 any
+    const bool wantsOdd =
+        (activation == 0) != (m_bank.Int("LineInverter", static_cast<std::size_t>(line)) != 0);
+    if (activation != 2 && (next % 2 == 1) != wantsOdd) {
+        ++next;
+    }
+    return m_powerUp + std::chrono::nanoseconds(next * half);
+}
+
+std::optional<Clock::time_point> CameraModel::NextLineEdge(Clock::time_point after) const {
+    std::optional<Clock::time_point> next;
+    for (std::size_t i = 0; i < Acquisition::kTriggerKinds && m_acquisition.IsActive(); ++i) {
+        if (const auto edge = NextEdgeFor(i, after)) {
+            next = next ? std::min(*next, *edge) : *edge;
+        }
+    }
+    return next;
+}
+
+void CameraModel::TriggerByLines(Clock::time_point edge) {
+    for (std::size_t i = 0; i < Acquisition::kTriggerKinds; ++i) {
+        if (NextEdgeFor(i, edge - std::chrono::nanoseconds(1)) == edge) {
+            m_acquisition.Trigger(static_cast<Acquisition::TriggerKind>(i), edge, AcquisitionParameters());
+        }
+    }
 }
 
 double CameraModel::LargestFrameRate() const {
@@ -230,7 +278,10 @@ double CameraModel::LargestFrameRate() const {
 }
 
 double CameraModel::ResultingFrameRate() const {
-    double rate = std::min(LargestFrameRate(), 1e6 / ExposureUs());
+    double rate = LargestFrameRate();
+    if (m_bank.Int("ExposureMode") != 0) {
+        rate = std::min(rate, 1e6 / ExposureTimeUs());
+    }
     if (m_bank.Int("AcquisitionFrameRateEnable")) {
         rate = std::min(rate, m_bank.Real("AcquisitionFrameRate"));
     }

@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace Norvane::Transport::Emulator {
@@ -51,7 +52,12 @@ public:
     void StopAcquisition();
     /// To be called when an image was taken: ends the acquisition's locks after the last one.
     void AfterImage(std::uint64_t frameId, std::int64_t timestampNs);
-    double ExposureUs() const;
+    double ExposureUs() const;     ///< of the next image
+    double ExposureTimeUs() const; ///< as set
+    /// When a line that triggers are waited for gives its next edge; nothing when none is waited for.
+    std::optional<Clock::time_point> NextLineEdge(Clock::time_point after) const;
+    /// Gives the triggers of the edges at this time.
+    void TriggerByLines(Clock::time_point edge);
     double ResultingFrameRate() const;
     double LargestFrameRate() const; ///< of the sensor at its current height, 1/s
 
@@ -81,6 +87,7 @@ public:
 private:
     void ApplySensor(bool keepFormat);
     void FollowAutomatics();
+    std::optional<Clock::time_point> NextEdgeFor(std::size_t trigger, Clock::time_point after) const;
     ToneSettings CurrentTone() const;
 
     CameraSettings m_camera;

@@ -168,7 +168,15 @@ std::optional<EmulatedCamera::Image> EmulatedCamera::WaitForImage(const std::ato
         const auto due = m_model.Frames().Due(parameters);
         const auto now = Clock::now();
         if (!due) {
-            m_changed.wait(lock);
+            const auto edge = m_model.NextLineEdge(now);
+            if (!edge) {
+                m_changed.wait(lock);
+            } else {
+                m_changed.wait_until(lock, *edge);
+                if (m_alive && Clock::now() >= *edge) {
+                    m_model.TriggerByLines(*edge);
+                }
+            }
         } else if (*due > now) {
             m_changed.wait_until(lock, *due);
         } else {

@@ -79,7 +79,10 @@ void EmulatedStream::Deliver(const EmulatedCamera::Image& image, Buffer& buffer)
     frame.offsetY = geometry.offsetY;
     frame.frameId = image.frameId;
     frame.timestampNs = image.timestampNs;
-    const std::size_t payloadBytes = imageBytes + (image.chunksActive ? ChunkLayout::Size(image.chunks) : 0);
+    // Chunks that were switched on while the stream runs find no room behind the image and stay out.
+    const std::size_t chunkBytes = image.chunksActive ? ChunkLayout::Size(image.chunks) : 0;
+    const bool withChunks = chunkBytes > 0 && imageBytes + chunkBytes <= buffer.memory.size();
+    const std::size_t payloadBytes = imageBytes + (withChunks ? chunkBytes : 0);
     if (payloadBytes > buffer.memory.size()) {
         // The image grew while the stream runs: as much as fits arrives.
         std::vector<std::uint8_t> whole(imageBytes);
@@ -94,11 +97,11 @@ void EmulatedStream::Deliver(const EmulatedCamera::Image& image, Buffer& buffer)
         frame.status = IMAGE_DATA_OVERFLOW;
     } else {
         m_renderer.Draw(image.frameId, image.seconds, buffer.memory.data(), buffer.drawn);
-        if (image.chunksActive) {
+        if (withChunks) {
             ChunkLayout::Append(buffer.memory.data(), imageBytes, image.chunks, m_camera->IsBigEndian());
         }
         frame.status = Transmit(image, payloadBytes, buffer);
-        if (image.chunksActive && frame.status == IMAGE_NO_ERROR) {
+        if (withChunks && frame.status == IMAGE_NO_ERROR) {
             frame.chunks = ChunkLayout::Parse(buffer.memory.data(), payloadBytes, m_camera->IsBigEndian());
             frame.chunks.erase(ChunkLayout::kImageId);
         }

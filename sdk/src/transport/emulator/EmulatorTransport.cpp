@@ -81,10 +81,10 @@ EmulatorTransport::EmulatorTransport(std::string path) : m_path(std::move(path))
     Reload();
 }
 
-void EmulatorTransport::Door::Post(std::function<void()> task) {
+void EmulatorTransport::Door::Post(std::function<void()> task, Clock::duration delay) {
     const MutexLock lock(mutex);
     if (watcher) {
-        watcher->Post(std::move(task));
+        watcher->Post(std::move(task), delay);
     }
 }
 
@@ -236,7 +236,7 @@ void EmulatorTransport::Restart(const std::string& serial) {
     }
     leaving->Unplug();
     TellChange();
-    m_watcher->Post(
+    m_door->Post(
         [this, serial] {
             {
                 const MutexLock lock(m_mutex);
@@ -282,7 +282,7 @@ ScanResult EmulatorTransport::Scan() {
     const MutexLock lock(m_mutex);
     if (state != m_loaded && state == m_seen) {
         m_loaded = state;
-        m_watcher->Post([this] { Reload(); });
+        m_door->Post([this] { Reload(); });
     }
     m_seen = state;
     for (const InterfaceSettings& interface : m_settings.interfaces) {

@@ -67,7 +67,7 @@ private:
     struct Door {
         Mutex mutex;
         FileWatcher* watcher GUARDED_BY(mutex) = nullptr;
-        void Post(std::function<void()> task) EXCLUDES(mutex);
+        void Post(std::function<void()> task, Clock::duration delay = {}) EXCLUDES(mutex);
     };
     const std::shared_ptr<Door> m_door = std::make_shared<Door>();
 };

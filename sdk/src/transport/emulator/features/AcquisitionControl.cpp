@@ -13,7 +13,7 @@ constexpr std::uint32_t kTriggers = Acquisition::kTriggerKinds;
 /// The frame rate gives way to a longer exposure, as the sensor cannot expose two images at once.
 void FitFrameRate(CameraModel& camera) {
     RegisterBank& bank = camera.Bank();
-    const double largest = std::min(camera.LargestFrameRate(), 1e6 / camera.ExposureUs());
+    const double largest = std::min(camera.LargestFrameRate(), 1e6 / camera.ExposureTimeUs());
     bank.SetReal("AcquisitionFrameRate", std::min(bank.Real("AcquisitionFrameRate"), largest));
 }
 
@@ -130,12 +130,12 @@ void AddRate(FeatureBuilder& f, CameraModel& camera) {
 
 void AddExposure(FeatureBuilder& f, CameraModel& camera) {
     RegisterBank& bank = f.Bank();
-    f.Enumeration("ExposureMode", "What ends the exposure.")
+    f.Enumeration("ExposureMode", "What ends the exposure: a time, or the next image.")
         .Stored()
+        .Imaging()
         .Initial(1)
         .Entry("Off", 0)
-        .Entry("Timed", 1)
-        .Entry("TriggerWidth", 2);
+        .Entry("Timed", 1);
     f.Formula("ExposureIsTimed", "MODE = 1", {{"MODE", "ExposureModeReg"}});
     f.Formula("ExposureIsManual", "AUTO = 0", {{"AUTO", "ExposureAutoReg"}});
     f.Formula("ExposureIsAutomatic", "AUTO <> 0", {{"AUTO", "ExposureAutoReg"}});
@@ -168,8 +168,8 @@ void AddExposure(FeatureBuilder& f, CameraModel& camera) {
         .Element("pIsLocked", "ExposureIsAutomatic")
         .ValueFrom("ExposureTimeConverter");
     bank.SetInt("ExposureTicks", 500000);
-    bank.OnWrite("ExposureTicks", [&bank, &camera](std::size_t) {
-        const double exposure = camera.ExposureUs();
+    bank.OnWrite("ExposureTicks", [&camera](std::size_t) {
+        const double exposure = camera.ExposureTimeUs();
         if (exposure < kSmallestExposureUs || exposure > kLargestExposureUs) {
             throw Exception(Error::InvalidParameter, "the exposure time is out of range");
         }
@@ -206,8 +206,6 @@ void AddTriggers(FeatureBuilder& f, CameraModel& camera) {
         .Entry("Software", 0)
         .Entry("Line0", 1)
         .Entry("Line1", 2)
-        .Entry("Counter0End", 3)
-        .Entry("Timer0End", 4)
         .OnWrite(wake);
     f.Formula("TriggerIsSoftware", "(MODE = 1) && (SOURCE = 0)",
               {{"MODE", "TriggerModeReg"}, {"SOURCE", "TriggerSourceReg"}});
@@ -219,6 +217,7 @@ void AddTriggers(FeatureBuilder& f, CameraModel& camera) {
             if (kind < kTriggers && bank.Int("TriggerMode", kind) && bank.Int("TriggerSource", kind) == 0) {
                 camera.Frames().Trigger(static_cast<Acquisition::TriggerKind>(kind), Clock::now(),
                                         camera.AcquisitionParameters());
+                CountTrigger(camera);
                 wake();
             }
         });

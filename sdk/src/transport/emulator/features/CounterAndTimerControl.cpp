@@ -9,7 +9,20 @@ constexpr std::uint32_t kCounters = 2, kTimers = 2;
 
 enum CounterSource { CounterOff = 0, CountsFrames = 1, CountsTriggers = 2, CountsMilliseconds = 3 };
 
+void Count(RegisterBank& bank, CounterSource source) {
+    for (std::size_t i = 0; i < kCounters; ++i) {
+        if (bank.Int("CounterEventSource", i) == source) {
+            const std::int64_t duration = std::max<std::int64_t>(1, bank.Int("CounterDuration", i));
+            bank.SetInt("CounterValue", (bank.Int("CounterValue", i) + 1) % (duration + 1), i);
+        }
+    }
+}
+
 } // namespace
+
+void CountTrigger(CameraModel& camera) {
+    Count(camera.Bank(), CountsTriggers);
+}
 
 bool TimerIsActive(CameraModel& camera, std::size_t timer) {
     RegisterBank& bank = camera.Bank();
@@ -21,12 +34,7 @@ bool TimerIsActive(CameraModel& camera, std::size_t timer) {
 
 void CountImage(CameraModel& camera) {
     RegisterBank& bank = camera.Bank();
-    for (std::size_t i = 0; i < kCounters; ++i) {
-        if (bank.Int("CounterEventSource", i) == CountsFrames) {
-            const std::int64_t duration = std::max<std::int64_t>(1, bank.Int("CounterDuration", i));
-            bank.SetInt("CounterValue", (bank.Int("CounterValue", i) + 1) % (duration + 1), i);
-        }
-    }
+    Count(bank, CountsFrames);
     for (std::size_t i = 0; i < kTimers; ++i) {
         if (bank.Int("TimerTriggerSource", i) == 1) {
             bank.SetInt("TimerStarted", camera.NanosecondsSincePowerUp(), i);
@@ -108,6 +116,9 @@ void AddCounterAndTimerControl(FeatureBuilder& f, CameraModel& camera) {
         .Entry("Timer0", 0)
         .Entry("Timer1", 1);
     bank.Add("TimerStarted", RegisterBank::Type::Signed, 8, 0, kTimers);
+    for (std::size_t i = 0; i < kTimers; ++i) {
+        bank.SetInt("TimerStarted", -1, i);
+    }
     f.Float("TimerDuration", "How long the timer's signal lasts.")
         .Expert()
         .Unit("us")
@@ -139,9 +150,10 @@ void AddCounterAndTimerControl(FeatureBuilder& f, CameraModel& camera) {
         .InvalidatedBy({"TimerReset"})
         .OnRead([&bank, &camera] {
             for (std::size_t i = 0; i < kTimers; ++i) {
+                const std::int64_t started = bank.Int("TimerStarted", i);
                 const double passed =
-                    static_cast<double>(camera.NanosecondsSincePowerUp() - bank.Int("TimerStarted", i)) /
-                    1000.0;
+                    started < 0 ? 0.0
+                                : static_cast<double>(camera.NanosecondsSincePowerUp() - started) / 1000.0;
                 bank.SetReal("TimerValue",
                              std::min(passed, bank.Real("TimerDelay", i) + bank.Real("TimerDuration", i)), i);
             }

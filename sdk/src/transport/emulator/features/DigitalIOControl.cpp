@@ -1,5 +1,7 @@
 #include "transport/emulator/features/Features.h"
 
+#include <iterator>
+
 namespace Norvane::Transport::Emulator {
 namespace {
 
@@ -24,7 +26,7 @@ std::uint32_t LineLevels(CameraModel& camera) {
         bool level = false;
         if (bank.Int("LineMode", line) == 0) {
             // Something at the inputs, so that there is something to see: a slow and a slower square wave.
-            level = line < 2 && (now / (line == 0 ? 500000000 : 2000000000)) % 2 == 1;
+            level = line < std::size(kLineHalfPeriodNs) && now / kLineHalfPeriodNs[line] % 2 == 1;
         } else {
             switch (bank.Int("LineSource", line)) {
             case ExposureActive:

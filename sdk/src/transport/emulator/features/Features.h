@@ -23,6 +23,9 @@ void AddFileAccessControl(FeatureBuilder& f, CameraModel& camera);
 void AddUserSetControl(FeatureBuilder& f, CameraModel& camera);
 void AddTransportLayerControl(FeatureBuilder& f, CameraModel& camera);
 
+/// The square waves at the two inputs, which stand for whatever is connected: half a period each.
+inline constexpr std::int64_t kLineHalfPeriodNs[] = {500000000, 2000000000};
+
 /// Entries of the look-up table, 12-bit values.
 inline constexpr std::uint32_t kLutEntries = 1024;
 
@@ -33,6 +36,7 @@ void ApplyFileSettings(CameraModel& camera);
 
 // What an image does to a group.
 void CountImage(CameraModel& camera);
+void CountTrigger(CameraModel& camera);
 void NoteEvents(CameraModel& camera, std::uint64_t frameId, std::int64_t timestampNs, bool last);
 bool TimerIsActive(CameraModel& camera, std::size_t timer);
 
