@@ -10,6 +10,8 @@
 #include <QStyle>
 #include <QStyleOption>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kLockSize = 14;

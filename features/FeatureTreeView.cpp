@@ -4,9 +4,15 @@
 
 #include <QItemSelectionModel>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QScopedValueRollback>
+#include <QToolTip>
+
+#include <algorithm>
 
 namespace {
+
+constexpr int kCellMargins = 8;
 
 bool isTyped(const QEvent* event, std::initializer_list<int> keys) {
     if (!event || event->type() != QEvent::KeyPress) {
@@ -108,4 +114,26 @@ void FeatureTreeView::keyPressEvent(QKeyEvent* event) {
         }
     }
     QTreeView::keyPressEvent(event);
+}
+
+bool FeatureTreeView::viewportEvent(QEvent* event) {
+    if (event->type() != QEvent::ToolTip) {
+        return QTreeView::viewportEvent(event);
+    }
+    const auto* help = static_cast<QHelpEvent*>(event);
+    const QModelIndex index = indexAt(help->pos());
+    const QString text = index.data().toString();
+    const QRect cell = visualRect(index);
+    const bool cut = fontMetrics().horizontalAdvance(text) > cell.width() - kCellMargins;
+    QToolTip::showText(help->globalPos(), cut ? text.toHtmlEscaped() : QString(), viewport(), cell);
+    return true;
+}
+
+void FeatureTreeView::drawRow(QPainter* painter, const QStyleOptionViewItem& option,
+                              const QModelIndex& index) const {
+    const QVariant ground = index.sibling(index.row(), 0).data(Qt::BackgroundRole);
+    if (ground.isValid()) {
+        painter->fillRect(option.rect, ground.value<QBrush>());
+    }
+    QTreeView::drawRow(painter, option, index);
 }

@@ -23,6 +23,11 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    /// A tool tip with the whole text of a cell that shows only a part of it.
+    bool viewportEvent(QEvent* event) override;
+    /// The ground of a row as its first item has it: with a style sheet for items the style draws none.
+    void drawRow(QPainter* painter, const QStyleOptionViewItem& option,
+                 const QModelIndex& index) const override;
 
 private:
     bool open(const QModelIndex& index, bool byClick);

@@ -31,6 +31,7 @@ namespace {
 
 constexpr int kToolBarHeight = 36;
 constexpr int kDescriptionHeight = 50;
+constexpr int kIndentation = 13; // three levels in a narrow dock
 constexpr char kTreeStyle[] =
     "QTreeView::item:!selected{ border: 1px solid gainsboro; border-left: none; border-top: none; }"
     "QTreeView::item:open {border: 1px solid gainsboro; background-color: rgb(230,240,250);}"
@@ -82,7 +83,6 @@ void wFeatureTree::setupToolBar() {
     auto* host = new QMainWindow(widget());
     host->setWindowFlags(Qt::Widget); // a main window is a window of its own unless told otherwise
     host->setContextMenuPolicy(Qt::NoContextMenu);
-    host->setFixedHeight(kToolBarHeight);
     auto* bar = new QToolBar(host);
     bar->setObjectName(QStringLiteral("toolBarSort"));
     bar->setMovable(false);
@@ -123,6 +123,8 @@ void wFeatureTree::setupToolBar() {
 
     connect(m_sortButtons, SIGNAL(buttonClicked(int)), this, SLOT(OnButtonGroupClicked(int)));
     connect(expand, SIGNAL(clicked()), this, SLOT(OnActionExpandTree()));
+    bar->ensurePolished();
+    host->setFixedHeight(std::max(kToolBarHeight, bar->sizeHint().height()));
     widget()->layout()->addWidget(host);
 }
 
@@ -135,6 +137,7 @@ void wFeatureTree::setupCustomFeatureTree() {
     m_treeView->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_treeView->setStyleSheet(QLatin1String(kTreeStyle));
     m_treeView->setUniformRowHeights(true);
+    m_treeView->setIndentation(kIndentation);
     m_treeView->setAccessibleName(tr("Features"));
     m_treeView->showModel(m_model);
     m_treeView->setItemDelegateForColumn(0, new EditDisabledDelegate(this));
