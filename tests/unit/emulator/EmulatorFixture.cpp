@@ -31,7 +31,9 @@ EmulatorFixture::EmulatorFixture() {
 EmulatorFixture::~EmulatorFixture() {
     m_transport.reset();
     SetLogSink(nullptr);
-    std::filesystem::remove_all(m_folder);
+    std::error_code error;
+    std::filesystem::remove_all(m_folder, error);
+    EXPECT_FALSE(error) << error.message();
 }
 
 void EmulatorFixture::Write(const std::string& text) {
