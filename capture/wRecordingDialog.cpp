@@ -43,7 +43,12 @@ wRecordingDialog::wRecordingDialog(QWidget* parent)
     OnUpdateSaveOption();
 }
 
-wRecordingDialog::~wRecordingDialog() = default;
+wRecordingDialog::~wRecordingDialog() {
+    // An edit that loses the focus on the way down would still tell its dialog.
+    for (QObject* control : findChildren<QObject*>()) {
+        control->disconnect(this);
+    }
+}
 
 void wRecordingDialog::connectForm() {
     connect(m_ui->button_StartRecord, &QPushButton::clicked, this, &wRecordingDialog::OnStartRecording);

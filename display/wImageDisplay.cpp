@@ -63,6 +63,8 @@ wImageDisplay::~wImageDisplay() {
 }
 
 void wImageDisplay::tearDown() {
+    // The focus moves while children go, and the tool bar is one of the first.
+    disconnect(qApp, nullptr, this, nullptr);
     if (m_imageCapture) {
         m_imageCapture->close();
     }
@@ -426,11 +428,6 @@ void wImageDisplay::fitIfStretched() {
     }
 }
 
-void wImageDisplay::resizeEvent(QResizeEvent* event) {
-    QDockWidget::resizeEvent(event);
-    fitIfStretched();
-}
-
 void wImageDisplay::closeEvent(QCloseEvent* event) {
     OnStopStream();
     emit disconnectImDisplay(m_camera);
@@ -442,6 +439,9 @@ bool wImageDisplay::eventFilter(QObject* watched, QEvent* event) {
         return QDockWidget::eventFilter(watched, event);
     }
     switch (event->type()) {
+    case QEvent::Resize:
+        fitIfStretched();
+        return false;
     case QEvent::MouseButtonPress:
         m_dragging = true;
         m_lastMousePos = static_cast<QMouseEvent*>(event)->localPos().toPoint();

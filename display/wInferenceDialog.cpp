@@ -55,7 +55,12 @@ wInferenceDialog::wInferenceDialog(QWidget* parent)
             [this](const QColor& color) { m_chosenColor = color; });
 }
 
-wInferenceDialog::~wInferenceDialog() = default;
+wInferenceDialog::~wInferenceDialog() {
+    // An edit that loses the focus on the way down would still tell its dialog.
+    for (QObject* control : findChildren<QObject*>()) {
+        control->disconnect(this);
+    }
+}
 
 void wInferenceDialog::setCamProperty(Norvane::CameraPtr camera) {
     if (!camera.IsValid()) {
