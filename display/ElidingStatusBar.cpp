@@ -7,8 +7,9 @@
 #include <algorithm>
 
 namespace {
-constexpr int kMargin = 6;  // pixels left and right of the text
-constexpr int kPadding = 2; // above and below
+constexpr int kMargin = 6;       // pixels left and right of the text
+constexpr int kPadding = 2;      // above and below
+constexpr int kSmallestType = 9; // pixels
 } // namespace
 
 ElidingStatusBar::ElidingStatusBar(QWidget* parent) : QStatusBar(parent) {
@@ -18,7 +19,8 @@ ElidingStatusBar::ElidingStatusBar(QWidget* parent) : QStatusBar(parent) {
 
 void ElidingStatusBar::setLineCount(int lines) {
     m_lines = lines;
-    setMinimumHeight(std::min(lines * fontMetrics().lineSpacing() + 2 * kPadding, maximumHeight()));
+    // More than one line takes all the height there is, so that a smaller type has room for another.
+    setMinimumHeight(lines == 1 ? fontMetrics().lineSpacing() + 2 * kPadding : maximumHeight());
     update();
 }
 
@@ -26,10 +28,40 @@ QRect ElidingStatusBar::textRect() const {
     return rect().adjusted(kMargin, kPadding, -kMargin, -kPadding);
 }
 
+bool ElidingStatusBar::fits(const QString& message, const Setting& setting, int width) {
+    QTextLayout layout(message, setting.font);
+    layout.beginLayout();
+    int end = 0;
+    for (int i = 0; i < setting.lines; ++i) {
+        QTextLine line = layout.createLine();
+        if (!line.isValid()) {
+            break;
+        }
+        line.setLineWidth(width);
+        end = line.textStart() + line.textLength();
+    }
+    layout.endLayout();
+    return end >= message.trimmed().size();
+}
+
+ElidingStatusBar::Setting ElidingStatusBar::settingFor(const QString& message) const {
+    const Setting plain{font(), m_lines};
+    if (m_lines == 1 || fits(message, plain, textRect().width())) {
+        return plain;
+    }
+    Setting smaller{font(), m_lines + 1};
+    for (int pixels = fontInfo().pixelSize(); pixels >= kSmallestType; --pixels) {
+        smaller.font.setPixelSize(pixels);
+        if (QFontMetrics(smaller.font).lineSpacing() * smaller.lines <= textRect().height()) {
+            return smaller;
+        }
+    }
+    return plain;
+}
+
 void ElidingStatusBar::updateToolTip() {
     const QString message = currentMessage();
-    const bool fits = fontMetrics().horizontalAdvance(message) <= textRect().width() * m_lines;
-    const QString text = fits ? QString() : message;
+    const QString text = fits(message, settingFor(message), textRect().width()) ? QString() : message;
     if (text.isEmpty() != toolTip().isEmpty() || underMouse()) {
         setToolTip(text);
     }
@@ -49,18 +81,21 @@ void ElidingStatusBar::paintEvent(QPaintEvent*) {
     const QString message = currentMessage();
     const QRect area = textRect();
     painter.setPen(palette().color(foregroundRole()));
-    QTextLayout layout(message, font());
+    const Setting setting = settingFor(message);
+    const QFontMetrics metrics(setting.font);
+    painter.setFont(setting.font);
+    QTextLayout layout(message, setting.font);
     layout.beginLayout();
     int top = area.top();
-    const int lineHeight = fontMetrics().lineSpacing();
-    for (int i = 0; i < m_lines; ++i) {
+    const int lineHeight = metrics.lineSpacing();
+    for (int i = 0; i < setting.lines; ++i) {
         QTextLine line = layout.createLine();
         if (!line.isValid()) {
             break;
         }
         line.setLineWidth(area.width());
-        QString text = message.mid(line.textStart(), i + 1 < m_lines ? line.textLength() : -1);
-        text = fontMetrics().elidedText(text.trimmed(), Qt::ElideRight, area.width());
+        QString text = message.mid(line.textStart(), i + 1 < setting.lines ? line.textLength() : -1);
+        text = metrics.elidedText(text.trimmed(), Qt::ElideRight, area.width());
         painter.drawText(QRect(area.left(), top, area.width(), lineHeight), Qt::AlignVCenter, text);
         top += lineHeight;
     }

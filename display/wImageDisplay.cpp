@@ -63,6 +63,7 @@ wImageDisplay::~wImageDisplay() {
 }
 
 void wImageDisplay::tearDown() {
+    disconnect(qApp, nullptr, this, nullptr); // the focus moves while the widgets below are destroyed
     // The focus moves while children go, and the tool bar is one of the first.
     disconnect(qApp, nullptr, this, nullptr);
     if (m_imageCapture) {
@@ -428,6 +429,11 @@ void wImageDisplay::fitIfStretched() {
     }
 }
 
+void wImageDisplay::resizeEvent(QResizeEvent* event) {
+    QDockWidget::resizeEvent(event);
+    fitIfStretched();
+}
+
 void wImageDisplay::closeEvent(QCloseEvent* event) {
     OnStopStream();
     emit disconnectImDisplay(m_camera);
@@ -440,6 +446,7 @@ bool wImageDisplay::eventFilter(QObject* watched, QEvent* event) {
     }
     switch (event->type()) {
     case QEvent::Resize:
+        // The area changes without the dock when the status line grows or the dock floats.
         fitIfStretched();
         return false;
     case QEvent::MouseButtonPress:
