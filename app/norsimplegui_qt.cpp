@@ -17,12 +17,19 @@
 #include <QIcon>
 #include <QMenu>
 #include <QMutexLocker>
+#include <QResizeEvent>
 #include <QSettings>
+#include <QTimer>
+
+#include <algorithm>
+#include <iterator>
 
 namespace {
 
 /// Starts since the reset after which the survey is offered.
 constexpr unsigned int kStartsWithoutSurvey = 6;
+/// Pixels of height under which stacked displays would show little but their tool bars.
+constexpr int kLeastDisplayHeight = 190;
 
 QString mainWindowText(const char* source) {
     return QCoreApplication::translate("MainWindow", source);
@@ -221,6 +228,7 @@ void NorSimpleGUI_QT::OnAddImageDisplay(Norvane::InterfacePtr interface, Norvane
         display->setFocus(Qt::OtherFocusReason);
         addDockWidget(Qt::RightDockWidgetArea, display);
         WidenDisplay(display);
+        ShareHeight(display);
         connect(display, SIGNAL(disconnectImDisplay(Norvane::CameraPtr)), this,
                 SLOT(OnDeviceDisconnect(Norvane::CameraPtr)));
         display->show();
@@ -231,11 +239,51 @@ void NorSimpleGUI_QT::WidenDisplay(wImageDisplay* display) {
     if (!m_deviceList || !m_featureTabs) {
         return;
     }
+    const int leftWidth = m_deviceList->width();
     if (!m_deviceList->isFloating() && m_featureTabs->width() < m_deviceList->width()) {
         resizeDocks({display}, {width() - m_deviceList->width()}, Qt::Horizontal);
     }
     const int displayWidth = m_featureTabs->isFloating() ? width() : width() - m_featureTabs->width();
     resizeDocks({display}, {displayWidth}, Qt::Horizontal);
+    if (!m_deviceList->isFloating()) {
+        // What was asked for leaves out the separators, and the left docks must not pay for them at each
+        // opening.
+        resizeDocks({m_deviceList}, {leftWidth}, Qt::Horizontal);
+    }
+}
+
+QList<QDockWidget*> NorSimpleGUI_QT::DockedDisplays() const {
+    QList<QDockWidget*> docked;
+    for (const QPointer<wImageDisplay>& display : m_imageDisplays) {
+        if (display && !display->isFloating() && dockWidgetArea(display) == Qt::RightDockWidgetArea) {
+            docked.append(display);
+        }
+    }
+    return docked;
+}
+
+void NorSimpleGUI_QT::ShareHeight(wImageDisplay* newest) {
+    const QList<QDockWidget*> docked = DockedDisplays();
+    const int stacked = docked.size();
+    const int share = centralWidget()->height() / std::max(stacked, 1);
+    if (stacked > 1 && share < kLeastDisplayHeight) {
+        tabifyDockWidget(docked.at(stacked - 2), newest);
+        QTimer::singleShot(0, newest, &QWidget::raise);
+        return;
+    }
+    QList<int> heights;
+    std::fill_n(std::back_inserter(heights), stacked, share);
+    resizeDocks(docked, heights, Qt::Vertical);
+}
+
+void NorSimpleGUI_QT::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    // The width that a larger window gains is for images; the layout gives it to the empty middle.
+    const QList<QDockWidget*> docked = DockedDisplays();
+    const int spare = centralWidget()->width();
+    if (!docked.isEmpty() && spare > 0 && event->size().width() > event->oldSize().width()) {
+        resizeDocks({docked.first()}, {docked.first()->width() + spare}, Qt::Horizontal);
+    }
 }
 
 void NorSimpleGUI_QT::OnRemoveImageDisplay(int serial) {

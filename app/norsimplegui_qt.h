@@ -68,6 +68,9 @@ public slots:
     void DocTavorin() const;
     void DocCameraGettingStarted() const;
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     void InitNorInstance();
     void CleanupNorInstance();
@@ -81,6 +84,10 @@ private:
     void CountStart();
     void SwitchToNextDevice(int index);
     void WidenDisplay(wImageDisplay* display);
+    /// Displays that stand in the right dock area, in opening order.
+    QList<QDockWidget*> DockedDisplays() const;
+    /// Gives stacked displays equal heights; one that would leave too little for each becomes a tab.
+    void ShareHeight(wImageDisplay* newest);
     void OfferSurvey();
     int FindDisplay(int serial) const; ///< index of the open display, -1 when there is none
     static QString GetDocsInstallDir();
