@@ -19,8 +19,6 @@ constexpr std::size_t kUsbBlock = 512;
 // Holds the images of a stalled receive thread for a tenth of a second at Gigabit speed, and more.
 constexpr int kWantedSocketBuffer = 32 << 20;
 
-constexpr std::size_t kPageSize = 4096;
-
 /// Memory of one image, on pages of its own.
 struct Memory {
     void* data;
@@ -34,15 +32,12 @@ void FreeMemory(void* memory) {
 }
 
 ArvBuffer* AllocateBuffer(std::size_t size, const std::string& label) {
-    void* data = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    // The first image must not wait for fresh pages.
+    void* data =
+        ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
     if (data == MAP_FAILED) {
         throw Exception(Error::OutOfMemory, label + ": no memory for an image of " + std::to_string(size) +
                                                 " bytes; make images or the number of buffers smaller");
-    }
-    ::madvise(data, size, MADV_HUGEPAGE);
-    // The first image must not wait for fresh pages. They come zeroed, so one byte of each is enough.
-    for (std::size_t offset = 0; offset < size; offset += kPageSize) {
-        static_cast<volatile std::uint8_t*>(data)[offset] = 0;
     }
     return arv_buffer_new_full(size, data, new Memory{data, size}, &FreeMemory);
 }
