@@ -31,9 +31,13 @@ void FeatureModel::rebuild(const std::function<void()>& build) {
     });
     const QSignalBlocker blocker(this);
     build();
-    for (int row = 0; row < rowCount(); ++row) {
-        item(row)->setSizeHint(QSize(0, m_rowHeight));
+}
+
+QVariant FeatureModel::data(const QModelIndex& index, int role) const {
+    if (role == Qt::SizeHintRole && m_rowHeight > 0 && index.column() == 0) {
+        return QSize(0, m_rowHeight);
     }
+    return QStandardItemModel::data(index, role);
 }
 
 QStandardItem* FeatureModel::makeHeaderItem(const QString& title) {
@@ -55,11 +59,12 @@ QList<QStandardItem*> FeatureModel::makeFeatureRow(INode& node, EAccessMode acce
     auto* value = new QStandardItem;
     NodeInfo info;
     info.node = &node;
-    value->setData(0, Qt::EditRole);
+    QVariant shown = 0;
     const bool known = guarded("feature value", [&] {
         info.controlType = Mapper::ControlTypeFor(node, access);
-        value->setData(Mapper::CellValue(node, access), Qt::EditRole);
+        shown = Mapper::CellValue(node, access);
     });
+    value->setData(shown, Qt::EditRole);
     value->setData(QVariant::fromValue(info), NodeInfoRole);
     value->setData(static_cast<int>(known ? access : NA), AccessModeRole);
     return {name, value};

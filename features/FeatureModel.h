@@ -25,9 +25,10 @@ public:
     void clearRows();
     /// Lets `build` change any number of rows; views and other listeners see one reset.
     void rebuild(const std::function<void()>& build);
-    /// The height, in pixels, of rows in a view whose rows are all as high as the first; from the next
-    /// rebuild on.
+    /// The height, in pixels, that every row asks for; 0 leaves it to the delegates.
     void setRowHeight(int height) { m_rowHeight = height; }
+
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
     static QStandardItem* makeHeaderItem(const QString& title);
     static QStandardItem* makeCategoryItem(Norvane::GenApi::INode& node);

@@ -111,8 +111,8 @@ void FeaturePopulator::addFlat(INodeMap& map) {
     });
 }
 
-void FeaturePopulator::addFeature(INodeMap& map, const QString& name, const std::set<gcstring>& categories) {
-    INode* node = map.GetNode(name.toUtf8().constData());
+void FeaturePopulator::addFeature(INodeMap& map, const gcstring& name, const std::set<gcstring>& categories) {
+    INode* node = map.GetNode(name);
     if (!node || categories.count(node->GetDisplayName()) != 0) {
         return;
     }

@@ -25,7 +25,7 @@ public:
     void addFlat(Norvane::GenApi::INodeMap& map);
     /// One feature by its name at the top level; nothing when the map has no such feature, or when its
     /// display name is one of `categories`.
-    void addFeature(Norvane::GenApi::INodeMap& map, const QString& name,
+    void addFeature(Norvane::GenApi::INodeMap& map, const Norvane::GenApi::gcstring& name,
                     const std::set<Norvane::GenApi::gcstring>& categories);
 
     /// Whether a node is shown as a category: one that cannot be read now is shown as a feature.

@@ -552,8 +552,9 @@ void wFeatureTree::OnCreateFilteredTreeModel() {
         m_filteredModel->rebuild([&] {
             FeaturePopulator populator(*m_filteredModel, nullptr);
             for (const QString& name : names) {
+                const gcstring key(name.toUtf8().constData());
                 for (const auto& [map, categories] : maps) {
-                    populator.addFeature(*map, name, categories);
+                    populator.addFeature(*map, key, categories);
                 }
             }
         });
