@@ -66,6 +66,9 @@ void Container::WriteHeader(const Encoder& encoder) {
 }
 
 void Container::Write(AVPacket& packet) {
+    if (m_hasFailed) {
+        throw Exception(Error::Io, m_fileName + " takes no more frames since writing to it failed; close it");
+    }
     if (m_firstFrame < 0) {
         m_firstFrame = packet.pts;
     }
@@ -119,7 +122,9 @@ void Container::Close() {
     } else if (m_hasFailed || result < 0) {
         CutToLastGood();
     }
-    CheckFfmpeg(std::min(result, closed), "Finishing the video file " + m_fileName);
+    if (!m_hasFailed) { // a failure has been told already
+        CheckFfmpeg(std::min(result, closed), "Finishing the video file " + m_fileName);
+    }
 }
 
 void Container::CutToLastGood() {

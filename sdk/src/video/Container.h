@@ -29,6 +29,8 @@ public:
     /// Writes index and lengths; a file without a frame is removed. @throws Exception (Io).
     void Close();
 
+    /// Whether writing has failed before: the file is cut to what was written whole, and takes nothing more.
+    bool HasFailed() const { return m_hasFailed; }
     std::int64_t Bytes() const;
     /// What finishing the file adds at most.
     std::int64_t BytesToFinish() const;

@@ -72,7 +72,7 @@ void NorVideo::Writer::Close() {
         return;
     }
     const std::unique_ptr<Container> container = std::move(m_container);
-    if (m_encoder) {
+    if (m_encoder && !container->HasFailed()) {
         m_encoder->Finish([&](AVPacket& packet) { container->Write(packet); });
     }
     container->Close();

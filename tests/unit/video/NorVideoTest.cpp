@@ -1,0 +1,266 @@
+#include "VideoFixture.h"
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+
+using namespace Norvane::Video;
+using Norvane::Error;
+
+namespace {
+
+enum class Kind { Avi, Mjpg, H264 };
+
+struct Sort {
+    Kind kind;
+    const char* name;
+    const char* extension;
+    const char* codec; // as ffprobe names it
+    int tolerance;     // of a flat patch's pixel values
+};
+
+constexpr Sort kSorts[] = {{Kind::Avi, "Avi", ".avi", "rawvideo", 0},
+                           {Kind::Mjpg, "Mjpg", ".avi", "mjpeg", 8},
+                           {Kind::H264, "H264", ".mp4", "h264", 12}};
+
+template <class Option>
+Option Sized(int width, int height, float rate) {
+    Option option;
+    option.frameRate = rate;
+    option.width = static_cast<unsigned int>(width);
+    option.height = static_cast<unsigned int>(height);
+    return option;
+}
+
+void Open(NorVideo& video, Kind kind, const std::string& path, int width, int height, float rate = 30.0F,
+          unsigned int bitrate = 2'000'000) {
+    if (kind == Kind::Avi) {
+        auto option = Sized<AVIOption>(width, height, rate);
+        video.Open(path.c_str(), option);
+    } else if (kind == Kind::Mjpg) {
+        auto option = Sized<MJPGOption>(width, height, rate);
+        option.quality = 95;
+        video.Open(path.c_str(), option);
+    } else {
+        auto option = Sized<H264Option>(width, height, rate);
+        option.bitrate = bitrate;
+        video.Open(path.c_str(), option);
+    }
+}
+
+Error ErrorOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const Norvane::Exception& error) {
+        return error.GetError();
+    }
+    return Error::Success;
+}
+
+class EveryVideo : public VideoFixture, public ::testing::WithParamInterface<Sort> {};
+
+TEST_P(EveryVideo, PlaysBackFrameForFrameInItsOwnColours) {
+    constexpr int kFrames = 12;
+    NorVideo video;
+    Open(video, GetParam().kind, Path("a"), 320, 240, 25.5F);
+    for (int i = 0; i < kFrames; ++i) {
+        video.Append(Frame(320, 240, i).image);
+    }
+    video.Close();
+
+    const std::string file = Path("a") + GetParam().extension;
+    ASSERT_EQ(Files(), std::vector<std::string>{file});
+    EXPECT_EQ(Probe(file, "codec_name"), GetParam().codec);
+    EXPECT_EQ(Probe(file, "r_frame_rate"), "51/2");
+    EXPECT_EQ(CountFrames(file), kFrames);
+    for (const int index : {0, 7, kFrames - 1}) {
+        SCOPED_TRACE(index);
+        const Picture sent = Frame(320, 240, index);
+        const std::vector<std::uint8_t> seen = Decode(file, index);
+        ASSERT_EQ(seen.size(), sent.bgr.size());
+        const int bar = 120 + index * 4 % 116 + 2;
+        for (const auto& [x, y] : {std::pair{40, 60}, {120, 60}, {200, 60}, {280, 60}, {100, bar}}) {
+            for (int c = 0; c < 3; ++c) {
+                const auto at = static_cast<std::size_t>((y * 320 + x) * 3 + c);
+                EXPECT_NEAR(seen[at], sent.bgr[at], GetParam().tolerance)
+                    << x << ", " << y << ", component " << c;
+            }
+        }
+    }
+    if (GetParam().kind == Kind::H264) {
+        EXPECT_EQ(Probe(file, "color_space"), "bt709");
+        EXPECT_EQ(Probe(file, "color_range"), "tv");
+    }
+}
+
+TEST_P(EveryVideo, TakesOddSizes) {
+    NorVideo video;
+    Open(video, GetParam().kind, Path("odd"), 321, 243);
+    for (int i = 0; i < 3; ++i) {
+        video.Append(Frame(321, 243, i).image);
+    }
+    video.Close();
+    const std::string file = Path("odd") + GetParam().extension;
+    EXPECT_EQ(CountFrames(file), 3);
+    const bool isEven = GetParam().kind == Kind::H264;
+    const int width = isEven ? 322 : 321;
+    ASSERT_EQ(Probe(file, "width") + " x " + Probe(file, "height"), isEven ? "322 x 244" : "321 x 243");
+    const std::vector<std::uint8_t> seen = Decode(file, 2);
+    const Picture sent = Frame(321, 243, 2);
+    ASSERT_EQ(seen.size(), static_cast<std::size_t>(width * (isEven ? 244 : 243) * 3));
+    for (const auto& [x, y] :
+         {std::pair{40, 60}, {200, 60}, {300, 240}}) { // the lower one tells a skewed image
+        for (int c = 0; c < 3; ++c) {
+            EXPECT_NEAR(seen[static_cast<std::size_t>((y * width + x) * 3 + c)], sent.At(x, y)[c],
+                        GetParam().tolerance)
+                << x << ", " << y;
+        }
+    }
+}
+
+TEST_P(EveryVideo, PlaysUpToTheLastSecondWhenTheProgramDies) {
+    constexpr int kFrames = 25;
+    const pid_t child = fork();
+    if (child == 0) {
+        NorVideo video;
+        Open(video, GetParam().kind, Path("killed"), 320, 240, 10.0F);
+        for (int i = 0; i < kFrames; ++i) {
+            video.Append(Frame(320, 240, i).image);
+        }
+        raise(SIGKILL);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    const std::string file = Path("killed") + GetParam().extension;
+    EXPECT_GE(CountFrames(file), kFrames - 15)
+        << "a second is ten frames, and threads of the encoder hold some";
+    EXPECT_EQ(Decode(file, 5).size(), 320U * 240U * 3U);
+}
+
+TEST_P(EveryVideo, PlaysWhatFittedWhenTheDiskIsFull) {
+    const pid_t child = fork();
+    if (child == 0) {
+        // A limit of the file's size fails a write as a full disk does.
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{200'000, 200'000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        NorVideo video;
+        Open(video, GetParam().kind, Path("full"), 128, 96, 10.0F, 1'000'000);
+        const bool failed = ErrorOf([&] {
+                                for (int i = 0; i < 2000; ++i) {
+                                    video.Append(Frame(128, 96, std::rand()).image);
+                                }
+                            }) == Error::Io;
+        const bool closed = ErrorOf([&] { video.Close(); }) == Error::Success;
+        _exit(failed && closed ? 0 : failed ? 2 : 3);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "2: closing failed once more, 3: the full disk was not told";
+    EXPECT_GE(CountFrames(Path("full") + GetParam().extension), 3);
+}
+
+TEST_P(EveryVideo, SaysWhatItCannotDo) {
+    NorVideo video;
+    EXPECT_EQ(ErrorOf([&] { video.Append(Frame(64, 48, 0).image); }), Error::NotInitialized);
+    EXPECT_EQ(ErrorOf([&] { Open(video, GetParam().kind, Path("missing/a"), 64, 48); }), Error::Io);
+    EXPECT_EQ(ErrorOf([&] { Open(video, GetParam().kind, Path("a"), 0, 48); }), Error::InvalidParameter);
+    EXPECT_EQ(ErrorOf([&] { Open(video, GetParam().kind, Path("a"), 64, 48, 0.0F); }),
+              Error::InvalidParameter);
+
+    Open(video, GetParam().kind, Path("a"), 64, 48);
+    video.Append(Frame(64, 48, 0).image);
+    EXPECT_EQ(ErrorOf([&] { video.Append(Frame(64, 64, 0).image); }), Error::InvalidParameter);
+    video.Append(Frame(64, 48, 1).image); // and goes on
+    video.Close();
+    EXPECT_EQ(CountFrames(Path("a") + GetParam().extension), 2);
+    video.Close();
+
+    Open(video, GetParam().kind, Path("empty"), 64, 48);
+    video.Close();
+    EXPECT_FALSE(std::filesystem::exists(Path("empty") + GetParam().extension))
+        << "a file without a frame plays nowhere";
+}
+
+INSTANTIATE_TEST_SUITE_P(Sorts, EveryVideo, ::testing::ValuesIn(kSorts),
+                         [](const auto& sort) { return std::string(sort.param.name); });
+
+TEST_F(VideoFixture, PartsStayBelowTheLimitAndPlayByThemselves) {
+    for (const Kind kind : {Kind::Avi, Kind::Mjpg}) {
+        SCOPED_TRACE(kind == Kind::Avi ? "AVI" : "MJPG");
+        const std::string name = kind == Kind::Avi ? "avi" : "mjpg";
+        const int frames = kind == Kind::Avi ? 20 : 900; // drawn frames make small JPEGs
+        NorVideo video;
+        video.SetMaximumFileSize(1);
+        Open(video, kind, Path(name), 320, 240);
+        for (int i = 0; i < frames; ++i) {
+            video.Append(Frame(320, 240, i).image);
+        }
+        video.Close();
+        int seen = 0;
+        int parts = 0;
+        for (const std::string& file : Files()) {
+            if (file.find("/" + name + "-") == std::string::npos) {
+                continue;
+            }
+            ++parts;
+            EXPECT_LE(std::filesystem::file_size(file), 1'000'000U) << file;
+            seen += CountFrames(file);
+        }
+        EXPECT_GE(parts, 2);
+        EXPECT_EQ(seen, frames);
+        EXPECT_EQ(Decode(Path(name + "-0001.avi"), 0).size(), 320U * 240U * 3U);
+    }
+}
+
+TEST_F(VideoFixture, MonoVideosAreGrey) {
+    std::vector<std::uint8_t> pixels(64 * 48);
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        pixels[i] = static_cast<std::uint8_t>(i % 64 * 4);
+    }
+    const Norvane::ImagePtr image =
+        Norvane::Image::Create(64, 48, 0, 0, Norvane::PixelFormat_Mono8, pixels.data());
+    for (const Sort& sort : kSorts) {
+        SCOPED_TRACE(sort.name);
+        NorVideo video;
+        Open(video, sort.kind, Path(sort.name), 64, 48);
+        video.Append(image);
+        video.Close();
+        const std::vector<std::uint8_t> seen = Decode(Path(sort.name) + sort.extension, 0);
+        ASSERT_EQ(seen.size(), pixels.size() * 3);
+        for (const std::size_t at : {70U, 100U, 120U}) {
+            for (std::size_t c = 0; c < 3; ++c) {
+                EXPECT_NEAR(seen[at * 3 + c], pixels[at], sort.tolerance) << at;
+            }
+        }
+    }
+}
+
+TEST_F(VideoFixture, H264HoldsItsBitrate) {
+    constexpr int kFrames = 240;
+    constexpr unsigned int kBitrate = 800'000;
+    NorVideo video;
+    Open(video, Kind::H264, Path("rate"), 320, 240, 30.0F, kBitrate);
+    std::srand(1);
+    Picture picture = Frame(320, 240, 0);
+    for (int i = 0; i < kFrames; ++i) {
+        // Noise that no encoder can foresee, so that there is something to hold down.
+        for (std::size_t at = picture.bgr.size() / 2; at < picture.bgr.size(); at += 3) {
+            picture.bgr[at] = static_cast<std::uint8_t>(100 + std::rand() % 40);
+        }
+        video.Append(picture.image);
+    }
+    video.Close();
+    const double seconds = kFrames / 30.0;
+    const double measured = static_cast<double>(std::filesystem::file_size(Path("rate.mp4"))) * 8 / seconds;
+    EXPECT_NEAR(measured / kBitrate, 1.0, 0.1);
+}
+
+} // namespace
