@@ -8,6 +8,7 @@
 #include "Guarded.h"
 #include "wPrmDialog.h"
 
+#include <QAction>
 #include <QButtonGroup>
 #include <QCoreApplication>
 #include <QGridLayout>
@@ -17,6 +18,7 @@
 #include <QMainWindow>
 #include <QMutexLocker>
 #include <QRegularExpression>
+#include <QStyle>
 #include <QTextDocument>
 #include <QThread>
 #include <QToolBar>
@@ -115,7 +117,16 @@ void wFeatureTree::setupToolBar() {
     m_searchBox->setMaximumWidth(300);
     m_searchBox->setPlaceholderText(QStringLiteral("Search"));
     m_searchBox->setEnabled(true);
-    m_searchBox->setClearButtonEnabled(true);
+    // Not the line edit's own clear button, whose fading leaks when the window goes meanwhile.
+    QAction* clear =
+        m_searchBox->addAction(style()->standardIcon(QStyle::SP_LineEditClearButton, nullptr, m_searchBox),
+                               QLineEdit::TrailingPosition);
+    clear->setText(tr("Clear the search"));
+    clear->setToolTip(clear->text());
+    clear->setVisible(false);
+    connect(clear, &QAction::triggered, m_searchBox, &QLineEdit::clear);
+    connect(m_searchBox, &QLineEdit::textChanged, clear,
+            [clear](const QString& text) { clear->setVisible(!text.isEmpty()); });
     m_searchBox->setAccessibleName(tr("Search features"));
     m_searchBox->setToolTip(tr("Shows the features whose name matches this regular expression"));
     bar->addWidget(m_searchBox);
