@@ -145,11 +145,16 @@ TEST_F(PlugTest, AResetTakesTheCameraAwayAndBringsItBack) {
     Set(*map, "Width", "32");
     Execute(*map, "UserSetSave");
     Set(*map, "UserSetDefault", "UserSet1");
+    Set(*map, "GevPersistentIPAddress", std::to_string(0x0A010909));
+    Set(*map, "GevPersistentSubnetMask", std::to_string(0xFFFF0000));
+    Set(*map, "GevCurrentIPConfigurationPersistentIP", "true");
+    EXPECT_NE(Find("1")->ipAddress, 0x0A010909U);
     EXPECT_TRUE(Eventually([&] { return GenApi::CCommandPtr(map->GetNode("UserSetSave"))->IsDone(); }));
     Execute(*map, "DeviceReset");
     EXPECT_TRUE(Eventually([&] { return !device->IsAlive(); }));
     EXPECT_TRUE(Eventually([&] { return Find("1").has_value(); }));
     EXPECT_EQ(Find("1")->userName, "Käfer");
+    EXPECT_EQ(Find("1")->ipAddress, 0x0A010909U);
     EXPECT_EQ(Int(*Map(Open()), "Width"), 32);
 }
 

@@ -216,8 +216,12 @@ std::shared_ptr<EmulatedCamera> EmulatorTransport::Plug(const CameraSettings& ca
         [door = m_door](std::function<void()> task) { door->Post(std::move(task)); });
     plugged->SetResetHandler(
         [this, door = m_door, serial = camera.serial] { door->Post([this, serial] { Restart(serial); }); });
-    plugged->SetAddress(camera.address ? camera.address : FreeAddress(interface, camera.serial),
-                        camera.netmask ? camera.netmask : interface.netmask);
+    if (const Flash::PersistentIp& own = flash->persistentIp; own.enabled && own.address != 0) {
+        plugged->SetAddress(own.address, own.netmask);
+    } else {
+        plugged->SetAddress(camera.address ? camera.address : FreeAddress(interface, camera.serial),
+                            camera.netmask ? camera.netmask : interface.netmask);
+    }
     m_cameras[camera.serial] = plugged;
     return plugged;
 }

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -16,6 +17,11 @@ struct Flash {
 
     std::array<std::optional<RegisterBank::Snapshot>, kUserSets> userSets;
     std::size_t startSet = 0;
+    /// The address that the camera takes at power-up, in host order.
+    struct PersistentIp {
+        bool enabled = false;
+        std::uint32_t address = 0, netmask = 0, gateway = 0;
+    } persistentIp;
     FileStore::Files files; ///< those written to flash
 };
 

@@ -17,7 +17,7 @@ void AddDeviceControl(FeatureBuilder& f, CameraModel& camera) {
     f.StringReg("DeviceFamilyName", "The series that the model belongs to.")
         .ReadOnly()
         .Length(32)
-        .Initial("Duskwing S");
+        .Initial("Duskwing");
     f.StringReg("DeviceManufacturerInfo", "What the maker has to add.")
         .ReadOnly()
         .Length(48)

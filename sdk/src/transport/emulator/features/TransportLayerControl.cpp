@@ -31,9 +31,11 @@ void AddGigEVision(FeatureBuilder& f, CameraModel& camera) {
     // Bits of one register, as in the standard's bootstrap registers: 0 persistent, 1 DHCP, 2 link-local.
     bank.Add("GevIPConfiguration", RegisterBank::Type::Unsigned, 4,
              RegisterBank::Readable | RegisterBank::Writable);
-    bank.SetInt("GevIPConfiguration", 0b110);
-    bank.OnWrite("GevIPConfiguration", [&bank](std::size_t) {
+    Flash::PersistentIp& stored = camera.Store().persistentIp;
+    bank.SetInt("GevIPConfiguration", stored.enabled ? 0b111 : 0b110);
+    bank.OnWrite("GevIPConfiguration", [&bank, &stored](std::size_t) {
         bank.SetInt("GevIPConfiguration", (bank.Int("GevIPConfiguration") & 0b011) | 0b100);
+        stored.enabled = bank.Int("GevIPConfiguration") & 1;
     });
     f.Bits("GevIPConfigurationPersistent", "GevIPConfiguration", 0, 0);
     f.Bits("GevIPConfigurationDHCP", "GevIPConfiguration", 1, 1);
@@ -48,13 +50,19 @@ void AddGigEVision(FeatureBuilder& f, CameraModel& camera) {
     f.Boolean("GevCurrentIPConfigurationPersistentIP", "The persistent address below is taken.")
         .Guru()
         .ValueFrom("GevIPConfigurationPersistent");
-    const auto persistent = [&](const char* name, const char* toolTip) {
-        f.Integer(name, toolTip).Guru().Min(0).Max(4294967295.0).Representation("IPV4Address");
+    const auto persistent = [&](const char* name, std::uint32_t& value, const char* toolTip) {
+        f.Integer(name, toolTip)
+            .Guru()
+            .Min(0)
+            .Max(4294967295.0)
+            .Representation("IPV4Address")
+            .Initial(std::int64_t{value})
+            .OnWrite([&bank, &value, name] { value = static_cast<std::uint32_t>(bank.Int(name)); });
     };
-    persistent("GevPersistentIPAddress",
+    persistent("GevPersistentIPAddress", stored.address,
                "The address that the camera takes at power-up, when it is told to.");
-    persistent("GevPersistentSubnetMask", "The subnet mask that goes with it.");
-    persistent("GevPersistentDefaultGateway", "The gateway that goes with it.");
+    persistent("GevPersistentSubnetMask", stored.netmask, "The subnet mask that goes with it.");
+    persistent("GevPersistentDefaultGateway", stored.gateway, "The gateway that goes with it.");
     f.StringReg("GevFirstURL", "Where the description is found.")
         .ReadOnly()
         .Guru()
@@ -89,6 +97,7 @@ void AddGigEVision(FeatureBuilder& f, CameraModel& camera) {
         .Stored();
     f.Boolean("GevSCPSDoNotFragment", "Packets must not be cut on their way.").Guru().Initial(1);
     f.Enumeration("GevCCP", "Who controls the camera.")
+        .ReadOnly()
         .Guru()
         .Entry("OpenAccess", 0)
         .Entry("ExclusiveAccess", 1)
