@@ -29,7 +29,7 @@ namespace {
 /// Starts since the reset after which the survey is offered.
 constexpr unsigned int kStartsWithoutSurvey = 6;
 /// Pixels of height under which stacked displays would show little but their tool bars.
-constexpr int kLeastDisplayHeight = 190;
+constexpr int kLeastDisplayHeight = 240;
 
 QString mainWindowText(const char* source) {
     return QCoreApplication::translate("MainWindow", source);
@@ -110,6 +110,7 @@ void NorSimpleGUI_QT::CleanupNorInstance() {
 void NorSimpleGUI_QT::SetupDeviceList() {
     m_deviceList = new wDeviceList(m_interfaceList, m_system, this);
     addDockWidget(Qt::LeftDockWidgetArea, m_deviceList);
+    m_deviceList->installEventFilter(this);
 }
 
 void NorSimpleGUI_QT::SetupFeaturesWindow() {
@@ -249,6 +250,7 @@ void NorSimpleGUI_QT::WidenDisplay(wImageDisplay* display) {
         // What was asked for leaves out the separators, and the left docks must not pay for them at each
         // opening.
         resizeDocks({m_deviceList}, {leftWidth}, Qt::Horizontal);
+        m_leftWidth = leftWidth;
     }
 }
 
@@ -276,14 +278,25 @@ void NorSimpleGUI_QT::ShareHeight(wImageDisplay* newest) {
     resizeDocks(docked, heights, Qt::Vertical);
 }
 
+bool NorSimpleGUI_QT::eventFilter(QObject* watched, QEvent* event) {
+    // A button is held while a person drags a separator, not while the window itself changes its size.
+    if (watched == m_deviceList && event->type() == QEvent::Resize && !m_deviceList->isFloating() &&
+        QGuiApplication::mouseButtons() != Qt::NoButton) {
+        m_leftWidth = m_deviceList->width();
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
 void NorSimpleGUI_QT::resizeEvent(QResizeEvent* event) {
     QMainWindow::resizeEvent(event);
-    // The width that a larger window gains is for images; the layout gives it to the empty middle.
-    const QList<QDockWidget*> docked = DockedDisplays();
-    const int spare = centralWidget()->width();
-    if (!docked.isEmpty() && spare > 0 && event->size().width() > event->oldSize().width()) {
-        resizeDocks({docked.first()}, {docked.first()->width() + spare}, Qt::Horizontal);
-    }
+    // The layout follows this event. It would give a larger window's width to the empty middle and take a
+    // smaller one's from the left docks; the width in between is for images.
+    QTimer::singleShot(0, this, [this] {
+        const QList<QDockWidget*> docked = DockedDisplays();
+        if (m_leftWidth > 0 && m_deviceList && !m_deviceList->isFloating() && !docked.isEmpty()) {
+            resizeDocks({m_deviceList, docked.first()}, {m_leftWidth, width() - m_leftWidth}, Qt::Horizontal);
+        }
+    });
 }
 
 void NorSimpleGUI_QT::OnRemoveImageDisplay(int serial) {

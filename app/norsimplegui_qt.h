@@ -69,6 +69,7 @@ public slots:
     void DocCameraGettingStarted() const;
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
@@ -101,6 +102,8 @@ private:
     mutable QRecursiveMutex m_displayMutex;
     QVector<QPointer<wImageDisplay>> m_imageDisplays; ///< open, in opening order
     QVector<QPointer<wImageDisplay>> m_displaysToDelete;
+    int m_leftWidth =
+        0; ///< what a person gave the left docks, kept when the window changes; 0 before a display opens
     QPointer<wFeaturesTabController> m_featureTabs;
     Norvane::SystemPtr m_system;
     Norvane::InterfaceList m_interfaceList;
