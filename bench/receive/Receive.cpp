@@ -2,7 +2,7 @@
 /// runs, one after the other against the same camera, each in a process of its own whose processor time is
 /// counted from start to end. Prints the medians.
 ///
-/// bench_receive [SECONDS [PAIRS]]
+/// bench_stream_receive [SECONDS [PAIRS]]
 
 #include "Receiver.h"
 
@@ -173,13 +173,13 @@ int main(int argc, char** argv) {
     const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 10;
     const int pairs = argc > 2 ? std::max(1, std::atoi(argv[2])) : 3;
     if (::access(kCamera, X_OK) != 0 || ::access(kTool, X_OK) != 0) {
-        std::fprintf(stderr, "bench_receive: install the package aravis-tools-cli\n");
+        std::fprintf(stderr, "bench_stream_receive: install the package aravis-tools-cli\n");
         return 1;
     }
     // A network of its own, so that no other camera is found and no broadcast leaves.
     const int spaces = ::geteuid() == 0 ? CLONE_NEWNET : CLONE_NEWNET | CLONE_NEWUSER;
     if (::unshare(spaces) != 0 || std::system("ip link set lo up") != 0) {
-        std::fprintf(stderr, "bench_receive: no network namespace of its own, so it runs in this one\n");
+        std::fprintf(stderr, "bench_stream_receive: no network namespace of its own, so it runs in this one\n");
     }
     const pid_t camera = Start([] { Execute({kCamera, "-i", "127.0.0.1"}); });
     ::usleep(500000);

@@ -10,6 +10,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QMainWindow>
+#include <QMap>
 #include <QRegularExpression>
 #include <QStatusBar>
 #include <QTemporaryDir>
@@ -74,10 +75,35 @@ void Spend(int milliseconds) {
     loop.exec();
 }
 
-double RateIn(const QString& line, const char* name) {
-    const QRegularExpression pattern(QString::fromLatin1("%1 FPS: ([0-9.]+) Hz").arg(QLatin1String(name)));
-    return pattern.match(line).captured(1).toDouble();
-}
+/// The rates that the status line showed, averaged over its messages: one message tells of ten images only.
+class ShownRates {
+public:
+    explicit ShownRates(QStatusBar& bar) {
+        QObject::connect(&bar, &QStatusBar::messageChanged, &bar, [this](const QString& line) {
+            if (m_counting) {
+                ++m_messages;
+                for (const char* name : kNames) {
+                    m_sums[name] += RateIn(line, name);
+                }
+            }
+        });
+    }
+
+    static constexpr const char* kNames[] = {"Camera", "Received", "Processed", "Display"};
+    void Count(bool on) { m_counting = on; }
+    double Mean(const char* name) const { return m_sums.value(name) / std::max(m_messages, 1); }
+
+private:
+    static double RateIn(const QString& line, const char* name) {
+        const QRegularExpression pattern(
+            QString::fromLatin1("%1 FPS: ([0-9.]+) Hz").arg(QLatin1String(name)));
+        return pattern.match(line).captured(1).toDouble();
+    }
+
+    QMap<QByteArray, double> m_sums;
+    int m_messages = 0;
+    bool m_counting = false;
+};
 
 void Row(const char* name, double shown, int counted, double seconds) {
     const double outside = counted / seconds;
@@ -117,6 +143,8 @@ int Measure(const Norvane::SystemPtr& system) {
     display->OnStartStream();
     Spend(kSettleMs);
 
+    ShownRates shown(*display->findChild<QStatusBar*>());
+    shown.Count(true);
     const int receivedBefore = received.images;
     const int paintedBefore = painted;
     Questions questions(window);
@@ -127,7 +155,7 @@ int Measure(const Norvane::SystemPtr& system) {
     const int receivedMeanwhile = received.images - receivedBefore;
     const int paintedMeanwhile = painted - paintedBefore;
     const std::vector<double> answers = questions.Stop();
-    const QString line = display->findChild<QStatusBar*>()->currentMessage();
+    shown.Count(false);
 
     const auto at = [&answers](double share) {
         return answers[static_cast<std::size_t>(share * static_cast<double>(answers.size() - 1))];
@@ -137,10 +165,10 @@ int Measure(const Norvane::SystemPtr& system) {
                 "ms (%zu asked)\n",
                 at(0.5), at(0.99), answers.back(), answers.size());
     std::printf("painted %.1f images a second\n", paintedMeanwhile / seconds);
-    Row("Camera", RateIn(line, "Camera"), receivedMeanwhile, seconds);
-    Row("Received", RateIn(line, "Received"), receivedMeanwhile, seconds);
-    Row("Processed", RateIn(line, "Processed"), paintedMeanwhile, seconds);
-    Row("Display", RateIn(line, "Display"), paintedMeanwhile, seconds);
+    Row("Camera", shown.Mean("Camera"), receivedMeanwhile, seconds);
+    Row("Received", shown.Mean("Received"), receivedMeanwhile, seconds);
+    Row("Processed", shown.Mean("Processed"), paintedMeanwhile, seconds);
+    Row("Display", shown.Mean("Display"), paintedMeanwhile, seconds);
 
     display->OnStopStream();
     camera->UnregisterEventHandler(received);
