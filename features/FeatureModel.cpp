@@ -81,7 +81,7 @@ QString FeatureModel::nodeName(const QModelIndex& index) {
 bool FeatureModel::refresh(INode& node) {
     if (!m_indexed) {
         m_byText.clear();
-        index(invisibleRootItem());
+        addToIndex(invisibleRootItem());
         m_indexed = true;
     }
     const QList<QStandardItem*> rows = m_byText.values(tr(node.GetDisplayName().c_str()));
@@ -103,10 +103,10 @@ bool FeatureModel::refresh(INode& node) {
     return true;
 }
 
-void FeatureModel::index(QStandardItem* parent) {
+void FeatureModel::addToIndex(QStandardItem* parent) {
     for (int row = 0; row < parent->rowCount(); ++row) {
         QStandardItem* item = parent->child(row);
         m_byText.insert(item->text(), item);
-        index(item);
+        addToIndex(item);
     }
 }

@@ -46,7 +46,7 @@ public:
     bool refresh(Norvane::GenApi::INode& node);
 
 private:
-    void index(QStandardItem* parent);
+    void addToIndex(QStandardItem* parent);
 
     QMultiHash<QString, QStandardItem*> m_byText; ///< column 0, all levels
     bool m_indexed = false;
