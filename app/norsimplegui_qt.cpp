@@ -80,7 +80,10 @@ NorSimpleGUI_QT::~NorSimpleGUI_QT() {
         }
     }
     delete m_featureTabs.data();
-    delete m_deviceList.data();
+    if (m_deviceList) {
+        m_deviceList->removeEventFilter(this);
+        delete m_deviceList.data();
+    }
 }
 
 void NorSimpleGUI_QT::InitNorInstance() {
@@ -279,9 +282,10 @@ void NorSimpleGUI_QT::ShareHeight(wImageDisplay* newest) {
 }
 
 bool NorSimpleGUI_QT::eventFilter(QObject* watched, QEvent* event) {
-    // A button is held while a person drags a separator, not while the window itself changes its size.
-    if (watched == m_deviceList && event->type() == QEvent::Resize && !m_deviceList->isFloating() &&
-        QGuiApplication::mouseButtons() != Qt::NoButton) {
+    // A button is held while a person drags a separator, not while the window itself changes its size. The
+    // kind of the event is asked first: others come while the device list is being destroyed.
+    if (event->type() == QEvent::Resize && QGuiApplication::mouseButtons() != Qt::NoButton &&
+        watched == m_deviceList && !m_deviceList->isFloating()) {
         m_leftWidth = m_deviceList->width();
     }
     return QMainWindow::eventFilter(watched, event);
