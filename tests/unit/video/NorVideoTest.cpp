@@ -155,7 +155,7 @@ TEST_P(EveryVideo, PlaysWhatFittedWhenTheDiskIsFull) {
         Open(video, GetParam().kind, Path("full"), 128, 96, 10.0F, 1'000'000);
         const bool failed = ErrorOf([&] {
                                 for (int i = 0; i < 2000; ++i) {
-                                    video.Append(Frame(128, 96, std::rand()).image);
+                                    video.Append(Frame(128, 96, std::rand() % 1000).image);
                                 }
                             }) == Error::Io;
         const bool closed = ErrorOf([&] { video.Close(); }) == Error::Success;
