@@ -179,7 +179,8 @@ int main(int argc, char** argv) {
     // A network of its own, so that no other camera is found and no broadcast leaves.
     const int spaces = ::geteuid() == 0 ? CLONE_NEWNET : CLONE_NEWNET | CLONE_NEWUSER;
     if (::unshare(spaces) != 0 || std::system("ip link set lo up") != 0) {
-        std::fprintf(stderr, "bench_stream_receive: no network namespace of its own, so it runs in this one\n");
+        std::fprintf(stderr,
+                     "bench_stream_receive: no network namespace of its own, so it runs in this one\n");
     }
     const pid_t camera = Start([] { Execute({kCamera, "-i", "127.0.0.1"}); });
     ::usleep(500000);
