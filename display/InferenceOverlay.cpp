@@ -93,7 +93,7 @@ QString InferenceOverlay::ClassLabel(int classNumber) const {
     return label.isEmpty() ? QString::number(classNumber) : label;
 }
 
-void InferenceOverlay::Prepare(QPainter& painter, float zoomFactor) const {
+void InferenceOverlay::Prepare(QPainter& painter, float zoomFactor) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(m_color);
     QFont font = m_font;
@@ -101,6 +101,7 @@ void InferenceOverlay::Prepare(QPainter& painter, float zoomFactor) const {
         font.setPointSize(std::max(static_cast<int>(static_cast<float>(font.pointSize()) * zoomFactor), 1));
     }
     painter.setFont(font);
+    m_typesetter.SetFont(font, painter.device());
 }
 
 QString InferenceOverlay::DrawDetection(QPainter& painter, const Norvane::ImagePtr& image, float zoomFactor) {
@@ -116,6 +117,7 @@ QString InferenceOverlay::DrawDetection(QPainter& painter, const Norvane::ImageP
                 DrawBox(painter, box, zoomFactor);
             }
         }
+        m_typesetter.Draw(painter);
     } catch (const Norvane::Exception& error) {
         NoteMissingChunk(error.what());
     }
@@ -123,16 +125,16 @@ QString InferenceOverlay::DrawDetection(QPainter& painter, const Norvane::ImageP
 }
 
 void InferenceOverlay::DrawBox(QPainter& painter, const Norvane::InferenceBoundingBox& box,
-                               float zoomFactor) const {
+                               float zoomFactor) {
     const auto scaled = [zoomFactor](int pixels) {
         return static_cast<int>(static_cast<float>(pixels) * zoomFactor);
     };
     const QRect rectangle(scaled(box.topLeftX), scaled(box.topLeftY), scaled(box.bottomRightX - box.topLeftX),
                           scaled(box.bottomRightY - box.topLeftY));
     painter.drawRect(rectangle);
-    painter.drawText(rectangle, Qt::AlignLeft | Qt::TextWordWrap,
-                     QStringLiteral("Class Id: ") + ClassLabel(box.classId) +
-                         QStringLiteral("\nConfidence: ") + percent(static_cast<double>(box.confidence)));
+    m_typesetter.Add(rectangle, QStringLiteral("Class Id: ") + ClassLabel(box.classId) +
+                                    QStringLiteral("\nConfidence: ") +
+                                    percent(static_cast<double>(box.confidence)));
 }
 
 QString InferenceOverlay::DescribeClassification(const Norvane::ImagePtr& image) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LabelTypesetter.h"
 #include "norvane/Camera.h"
 #include "norvane/Image.h"
 
@@ -35,7 +36,7 @@ public:
     QString ClassLabel(int classNumber) const;
 
     /// Pen, font and smoothing for drawing at a zoom factor.
-    void Prepare(QPainter& painter, float zoomFactor) const;
+    void Prepare(QPainter& painter, float zoomFactor);
     /// Draws the image's boxes; answers the corner label's text.
     QString DrawDetection(QPainter& painter, const Norvane::ImagePtr& image, float zoomFactor);
     /// The corner label's text, simple HTML.
@@ -43,7 +44,7 @@ public:
 
 private:
     void ReadClassLabelFile();
-    void DrawBox(QPainter& painter, const Norvane::InferenceBoundingBox& box, float zoomFactor) const;
+    void DrawBox(QPainter& painter, const Norvane::InferenceBoundingBox& box, float zoomFactor);
     void NoteMissingChunk(const char* what);
 
     Mode m_mode = NotEnabled;
@@ -54,4 +55,5 @@ private:
     QFont m_font;
     QColor m_color = Qt::darkGreen;
     bool m_missingChunkIsNoted = false;
+    LabelTypesetter m_typesetter;
 };

@@ -39,14 +39,24 @@ void main() {
 }
 )";
 
-// A picture with transparency lies over white.
-constexpr char kFragmentShader[] = R"(
+// The logo's transparency lies over white.
+constexpr char kLogoShader[] = R"(
 FRAGMENT_IN vec2 texel;
 uniform sampler2D picture;
 DECLARE_RESULT
 void main() {
     vec4 color = SAMPLE(picture, texel);
     RESULT = vec4(mix(vec3(1.0), color.rgb, color.a), 1.0);
+}
+)";
+
+// Nothing but the fetch: software renderers have a short way for that.
+constexpr char kImageShader[] = R"(
+FRAGMENT_IN vec2 texel;
+uniform sampler2D picture;
+DECLARE_RESULT
+void main() {
+    RESULT = SAMPLE(picture, texel);
 }
 )";
 
@@ -68,7 +78,8 @@ QByteArray shaderHead(const QOpenGLContext* context) {
 } // namespace
 
 void QuadRenderer::Create(QOpenGLFunctions& gl, const QImage& logo) {
-    CompileShaders();
+    Compile(m_logoProgram, kLogoShader);
+    Compile(m_imageProgram, kImageShader);
     FillQuads();
     if (!logo.isNull()) {
         gl.glGenTextures(1, &m_logoTexture);
@@ -85,15 +96,15 @@ void QuadRenderer::Create(QOpenGLFunctions& gl, const QImage& logo) {
     }
 }
 
-void QuadRenderer::CompileShaders() {
+void QuadRenderer::Compile(QOpenGLShaderProgram& program, const char* fragmentShader) {
     const QByteArray head = shaderHead(QOpenGLContext::currentContext());
-    m_program.removeAllShaders();
-    m_program.addShaderFromSourceCode(QOpenGLShader::Vertex, head + kVertexShader);
-    m_program.addShaderFromSourceCode(QOpenGLShader::Fragment, head + kFragmentShader);
-    m_program.bindAttributeLocation("position", kPosition);
-    m_program.bindAttributeLocation("coordinate", kCoordinate);
-    if (!m_program.link()) {
-        qWarning("The image display's shaders do not compile here: %s", qPrintable(m_program.log()));
+    program.removeAllShaders();
+    program.addShaderFromSourceCode(QOpenGLShader::Vertex, head + kVertexShader);
+    program.addShaderFromSourceCode(QOpenGLShader::Fragment, head + fragmentShader);
+    program.bindAttributeLocation("position", kPosition);
+    program.bindAttributeLocation("coordinate", kCoordinate);
+    if (!program.link()) {
+        qWarning("The image display's shaders do not compile here: %s", qPrintable(program.log()));
     }
 }
 
@@ -115,7 +126,8 @@ void QuadRenderer::Destroy(QOpenGLFunctions& gl) {
     m_imageHeight = 0;
     m_quads.destroy();
     m_layout.destroy();
-    m_program.removeAllShaders();
+    m_logoProgram.removeAllShaders();
+    m_imageProgram.removeAllShaders();
 }
 
 void QuadRenderer::Upload(QOpenGLFunctions& gl, QOpenGLBuffer& pixels, int width, int height) {
@@ -142,15 +154,16 @@ void QuadRenderer::Upload(QOpenGLFunctions& gl, QOpenGLBuffer& pixels, int width
 }
 
 void QuadRenderer::DrawLogo(QOpenGLFunctions& gl) {
-    Draw(gl, m_logoTexture, kLogoQuad);
+    Draw(gl, m_logoProgram, m_logoTexture, kLogoQuad);
 }
 
 void QuadRenderer::DrawImage(QOpenGLFunctions& gl) {
-    Draw(gl, m_imageTexture, kImageQuad);
+    Draw(gl, m_imageProgram, m_imageTexture, kImageQuad);
 }
 
-void QuadRenderer::Draw(QOpenGLFunctions& gl, GLuint texture, int firstVertex) {
-    if (texture == 0 || !m_program.isLinked()) {
+void QuadRenderer::Draw(QOpenGLFunctions& gl, QOpenGLShaderProgram& program, GLuint texture,
+                        int firstVertex) {
+    if (texture == 0 || !program.isLinked()) {
         return;
     }
     gl.glDisable(GL_DEPTH_TEST);
@@ -158,18 +171,18 @@ void QuadRenderer::Draw(QOpenGLFunctions& gl, GLuint texture, int firstVertex) {
     gl.glActiveTexture(GL_TEXTURE0);
     gl.glBindTexture(GL_TEXTURE_2D, texture);
 
-    m_program.bind();
-    m_program.setUniformValue("picture", 0);
+    program.bind();
+    program.setUniformValue("picture", 0);
     const QOpenGLVertexArrayObject::Binder layout(&m_layout);
     m_quads.bind();
-    m_program.enableAttributeArray(kPosition);
-    m_program.enableAttributeArray(kCoordinate);
-    m_program.setAttributeBuffer(kPosition, GL_FLOAT, 0, 3, 5 * sizeof(float));
-    m_program.setAttributeBuffer(kCoordinate, GL_FLOAT, 3 * sizeof(float), 2, 5 * sizeof(float));
+    program.enableAttributeArray(kPosition);
+    program.enableAttributeArray(kCoordinate);
+    program.setAttributeBuffer(kPosition, GL_FLOAT, 0, 3, 5 * sizeof(float));
+    program.setAttributeBuffer(kCoordinate, GL_FLOAT, 3 * sizeof(float), 2, 5 * sizeof(float));
     gl.glDrawArrays(GL_TRIANGLE_FAN, firstVertex, 4);
-    m_program.disableAttributeArray(kCoordinate);
-    m_program.disableAttributeArray(kPosition);
+    program.disableAttributeArray(kCoordinate);
+    program.disableAttributeArray(kPosition);
     m_quads.release();
-    m_program.release();
+    program.release();
     gl.glBindTexture(GL_TEXTURE_2D, 0);
 }

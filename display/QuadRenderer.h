@@ -23,11 +23,12 @@ public:
     void DrawImage(QOpenGLFunctions& gl);
 
 private:
-    void CompileShaders();
+    static void Compile(QOpenGLShaderProgram& program, const char* fragmentShader);
     void FillQuads();
-    void Draw(QOpenGLFunctions& gl, GLuint texture, int firstVertex);
+    void Draw(QOpenGLFunctions& gl, QOpenGLShaderProgram& program, GLuint texture, int firstVertex);
 
-    QOpenGLShaderProgram m_program;
+    QOpenGLShaderProgram m_logoProgram;
+    QOpenGLShaderProgram m_imageProgram;
     QOpenGLVertexArrayObject m_layout;
     QOpenGLBuffer m_quads{QOpenGLBuffer::VertexBuffer};
     GLuint m_logoTexture = 0;
