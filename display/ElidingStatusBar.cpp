@@ -13,6 +13,7 @@ constexpr int kSmallestType = 9; // pixels
 } // namespace
 
 ElidingStatusBar::ElidingStatusBar(QWidget* parent) : QStatusBar(parent) {
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setLineCount(1);
     connect(this, &QStatusBar::messageChanged, this, &ElidingStatusBar::updateToolTip);
 }
