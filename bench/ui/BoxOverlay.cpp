@@ -88,7 +88,8 @@ int main(int argc, char** argv) {
         canvas.grabFramebuffer().save(QString::fromLocal8Bit(argv[1]));
     }
     std::sort(canvas.costs.begin(), canvas.costs.end());
-    std::printf("%d boxes with labels: median %.2f ms, 99th percentile %.2f ms of the user-interface thread a frame\n",
+    std::printf("%d boxes with labels: median %.2f ms, 99th percentile %.2f ms of the user-interface thread "
+                "a frame\n",
                 kBoxes, canvas.costs[kFrames / 2], canvas.costs[kFrames * 99 / 100]);
     return 0;
 }
