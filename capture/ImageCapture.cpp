@@ -10,6 +10,16 @@
 using Norvane::CameraPtr;
 using Norvane::ImagePtr;
 
+namespace {
+
+/// How long a thread that must not wait may wait. A moment of the wall clock, because the thread sanitizer
+/// does not see locks that are timed by the other one.
+std::chrono::system_clock::time_point soon() {
+    return std::chrono::system_clock::now() + std::chrono::milliseconds(1);
+}
+
+} // namespace
+
 ImageCapture::ImageCapture(QObject* parent)
     : QObject(parent), m_device(std::make_shared<CameraDevice>(CameraPtr())), m_recorder(this) {
     ForwardRecorderSignals();
@@ -55,7 +65,7 @@ ImagePtr ImageCapture::getRawImagePtr(bool wait) {
     std::unique_lock lock(m_latestImageLock, std::defer_lock);
     if (wait) {
         lock.lock();
-    } else if (!lock.try_lock_for(std::chrono::milliseconds(1))) {
+    } else if (!lock.try_lock_until(soon())) {
         return {};
     }
     return std::exchange(m_latestImage, ImagePtr());
@@ -177,7 +187,7 @@ void ImageCapture::OnImageEvent(ImagePtr image) {
                   status, TAVORIN_IMAGE_STATUS_URL);
             return;
         }
-        if (std::unique_lock lock(m_latestImageLock, std::chrono::milliseconds(1)); lock.owns_lock()) {
+        if (std::unique_lock lock(m_latestImageLock, soon()); lock.owns_lock()) {
             m_latestImage = image;
         } else {
             image->Release();

@@ -2,6 +2,7 @@
 
 #include "Clock.h"
 #include "RecordingBuffer.h"
+#include "RecordingMemory.h"
 #include "RecordingRules.h"
 #include "RecordingTypes.h"
 #include "VideoWriter.h"
@@ -84,6 +85,7 @@ private:
     mutable std::mutex m_takeLock;
     RecordingRules m_rules;
 
+    RecordingMemory m_memory;
     std::timed_mutex m_drainLock;
     RecordingBuffer m_buffer;
     VideoWriter m_video; // used by the worker's thread and by the pool thread that it waits for

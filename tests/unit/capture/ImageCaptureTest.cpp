@@ -150,40 +150,51 @@ protected:
         m_thread.quit();
         ASSERT_TRUE(m_thread.wait(10'000)) << "the worker's thread does not come to rest";
     }
+    /// Counts a signal of the worker's thread on this one.
+    template <class Signal>
+    void Count(Signal signal, int& count) {
+        QObject::connect(&m_capture, signal, &m_here, [&count] { ++count; });
+    }
     void Grab() { QMetaObject::invokeMethod(&m_capture, "OnStartSingleCapture", Qt::QueuedConnection); }
 
     QThread m_thread;
+    QObject m_here;
 };
 
 TEST_F(SingleCaptureTest, ShowsOneImageAndEndsAcquisition) {
-    QSignalSpy shown(&m_capture, &ImageCapture::updateSingleImageDisplay);
-    QSignalSpy finished(&m_capture, &ImageCapture::singleCaptureFinished);
+    int shown = 0;
+    Count(&ImageCapture::updateSingleImageDisplay, shown);
+    int finished = 0;
+    Count(&ImageCapture::singleCaptureFinished, finished);
     Grab();
     m_camera->WaitForWaiter();
     std::vector<std::uint8_t> pixels(16 * 8);
     m_camera->Deliver(Norvane::Image::Create(16, 8, 0, 0, Norvane::PixelFormat_Mono8, pixels.data()));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return finished.count() == 1; }, 10'000));
-    EXPECT_EQ(shown.count(), 1);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return finished == 1; }, 10'000));
+    EXPECT_EQ(shown, 1);
     EXPECT_FALSE(m_camera->IsStreaming());
 }
 
 TEST_F(SingleCaptureTest, StopEndsTheWaitForAnImageThatNeverComes) {
-    QSignalSpy shown(&m_capture, &ImageCapture::updateSingleImageDisplay);
-    QSignalSpy finished(&m_capture, &ImageCapture::singleCaptureFinished);
+    int shown = 0;
+    Count(&ImageCapture::updateSingleImageDisplay, shown);
+    int finished = 0;
+    Count(&ImageCapture::singleCaptureFinished, finished);
     Grab();
     m_camera->WaitForWaiter();
     m_capture.OnStopContinuousCapture();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return finished.count() == 1; }, 10'000));
-    EXPECT_EQ(shown.count(), 0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return finished == 1; }, 10'000));
+    EXPECT_EQ(shown, 0);
 }
 
 TEST_F(SingleCaptureTest, CloseEndsTheWaitAndLetsNoOtherBegin) {
-    QSignalSpy finished(&m_capture, &ImageCapture::singleCaptureFinished);
+    int finished = 0;
+    Count(&ImageCapture::singleCaptureFinished, finished);
     Grab();
     m_camera->WaitForWaiter();
     m_capture.close();
     Grab(); // was on its way when the display closed
-    ASSERT_TRUE(QTest::qWaitFor([&] { return finished.count() == 2; }, 10'000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return finished == 2; }, 10'000));
     EXPECT_FALSE(m_camera->IsStreaming());
 }
 

@@ -1,12 +1,16 @@
 #include "RecordingBuffer.h"
 #include "CountDownLatch.h"
+#include "RecordingMemory.h"
 
 #include "FakeCamera.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <deque>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -40,6 +44,35 @@ TEST(RecordingBuffer, KeepsNoImageAliveThatWasTaken) {
     ASSERT_TRUE(buffer.Pop(image));
     image = nullptr;
     EXPECT_TRUE(watched.expired());
+}
+
+TEST(RecordingMemory, CopiesStayThemselvesWhileBlocksGoRound) {
+    std::vector<std::uint8_t> pixels(64 * 48);
+    const Norvane::ImagePtr image =
+        Norvane::Image::Create(64, 48, 0, 0, Norvane::PixelFormat_Mono8, pixels.data());
+    Norvane::ImagePtr last;
+    {
+        RecordingMemory memory;
+        std::deque<Norvane::ImagePtr> kept;
+        for (int i = 0; i < 200; ++i) {
+            std::fill(pixels.begin(), pixels.end(), static_cast<std::uint8_t>(i));
+            kept.push_back(memory.Copy(image, Norvane::PixelFormat_Mono8));
+            if (i % 3 == 0) { // written and dropped: the block is used again
+                const auto* first = static_cast<const std::uint8_t*>(kept.front()->GetData());
+                const auto expected = static_cast<std::uint8_t>(i - static_cast<int>(kept.size()) + 1);
+                ASSERT_EQ(first[0], expected);
+                ASSERT_EQ(first[64 * 48 - 1], expected);
+                kept.pop_front();
+            }
+            if (i == 100) {
+                memory.Release();
+            }
+        }
+        EXPECT_EQ(memory.Copy(image, Norvane::PixelFormat_BGR8)->GetImageSize(), pixels.size() * 3);
+        last = kept.back();
+    }
+    EXPECT_EQ(*static_cast<const std::uint8_t*>(last->GetData()), 199)
+        << "a copy outlives its memory's owner";
 }
 
 TEST(CountDownLatch, HoldsItsOwnerUntilTheTaskIsDone) {

@@ -1,0 +1,144 @@
+#include "RecordingMemory.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr std::size_t kBlocksAhead = 8;
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
+constexpr std::size_t kPage = 4096;
+
+} // namespace
+
+RecordingMemory::RecordingMemory() = default;
+
+RecordingMemory::~RecordingMemory() {
+    {
+        const std::lock_guard lock(m_store->mutex);
+        m_store->isClosed = true;
+    }
+    m_store->changed.notify_all();
+    if (m_toucher.joinable()) {
+        m_toucher.join();
+    }
+}
+
+RecordingMemory::Store::~Store() {
+    for (const Block& block : idle) {
+        std::free(block.memory);
+    }
+}
+
+RecordingMemory::Block RecordingMemory::Allocate(std::size_t size) {
+    const std::size_t unit = size >= kHugePage ? kHugePage : kPage;
+    const std::size_t rounded = (size + unit - 1) / unit * unit;
+    auto* memory = static_cast<std::uint8_t*>(std::aligned_alloc(unit, rounded));
+    if (!memory) {
+        throw std::bad_alloc();
+    }
+    if (unit == kHugePage) {
+        madvise(memory, rounded, MADV_HUGEPAGE);
+    }
+    return {memory, size};
+}
+
+void RecordingMemory::Give(Store& store, Block block) {
+    {
+        const std::lock_guard lock(store.mutex);
+        if (block.size == store.wanted && !store.isClosed) {
+            store.idle.push_back(block);
+            return;
+        }
+    }
+    std::free(block.memory);
+}
+
+RecordingMemory::Block RecordingMemory::Take(std::size_t size) {
+    std::vector<Block> outgrown;
+    Block block;
+    {
+        const std::lock_guard lock(m_store->mutex);
+        if (m_store->wanted != size) {
+            m_store->wanted = size;
+            outgrown.swap(m_store->idle);
+        }
+        if (!m_store->idle.empty()) {
+            block = m_store->idle.back(); // the latest, which the caches know best
+            m_store->idle.pop_back();
+        }
+        if (!m_toucher.joinable()) {
+            m_toucher = std::thread(TouchAhead, m_store);
+        }
+    }
+    m_store->changed.notify_all();
+    for (const Block& old : outgrown) {
+        std::free(old.memory);
+    }
+    return block.memory ? block : Allocate(size);
+}
+
+void RecordingMemory::TouchAhead(const std::shared_ptr<Store>& store) {
+    std::unique_lock lock(store->mutex);
+    for (;;) {
+        store->changed.wait(lock, [&] {
+            return store->isClosed || (store->wanted != 0 && store->idle.size() < kBlocksAhead);
+        });
+        if (store->isClosed) {
+            return;
+        }
+        const std::size_t size = store->wanted;
+        lock.unlock();
+        Block block;
+        try {
+            block = Allocate(size);
+            std::memset(block.memory, 0, block.size);
+        } catch (const std::bad_alloc&) {
+            // The camera's thread meets the same and says so.
+        }
+        lock.lock();
+        if (!block.memory) {
+            store->wanted = 0;
+        } else if (size == store->wanted) {
+            store->idle.push_back(block);
+        } else {
+            std::free(block.memory);
+        }
+    }
+}
+
+Norvane::ImagePtr RecordingMemory::Copy(const Norvane::ImagePtr& image, Norvane::PixelFormatEnums format) {
+    const std::uint64_t size = Norvane::PixelFormatImageSize(format, image->GetWidth(), image->GetHeight());
+    if (size == 0) { // a format that the library only carries
+        Norvane::ImagePtr copy = Norvane::Image::Create();
+        copy->DeepCopy(image);
+        return copy;
+    }
+    const Block block = Take(static_cast<std::size_t>(size));
+    const std::shared_ptr<std::uint8_t> memory(block.memory,
+                                               [store = m_store, size = block.size](std::uint8_t* p) {
+                                                   Give(*store, {p, size});
+                                               });
+    const Norvane::ImagePtr copy =
+        Norvane::Image::Create(image->GetWidth(), image->GetHeight(), image->GetXOffset(),
+                               image->GetYOffset(), format, memory.get());
+    image->Convert(copy);
+    return Norvane::ImagePtr(
+        std::shared_ptr<Norvane::IImage>(copy.get(), [copy, memory](Norvane::IImage*) {}));
+}
+
+void RecordingMemory::Release() {
+    std::vector<Block> idle;
+    {
+        const std::lock_guard lock(m_store->mutex);
+        m_store->wanted = 0;
+        idle.swap(m_store->idle);
+    }
+    for (const Block& block : idle) {
+        std::free(block.memory);
+    }
+}
