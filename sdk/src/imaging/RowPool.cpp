@@ -65,12 +65,13 @@ public:
     }
 
     void Run(Job& job) {
+        const bool wantsOne = job.helpersWanted == 1; // the helpers count it down from here on
         {
             MutexLock lock(m_mutex);
             job.next = m_jobs;
             m_jobs = &job;
         }
-        if (job.helpersWanted == 1) {
+        if (wantsOne) {
             m_wake.notify_one();
         } else {
             m_wake.notify_all();
