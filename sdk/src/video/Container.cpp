@@ -30,8 +30,8 @@ Container::Container(std::string fileName, const VideoFormat& format)
         "Preparing the video file " + m_fileName);
     m_context->flags |= AVFMT_FLAG_FLUSH_PACKETS;
     // "file:" keeps a name with a colon from being taken for a protocol.
-    const int result = avio_open2(&m_context->pb, ("file:" + m_fileName).c_str(),
-                                  AVIO_FLAG_WRITE | AVIO_FLAG_DIRECT, nullptr, nullptr);
+    const int result =
+        avio_open2(&m_context->pb, ("file:" + m_fileName).c_str(), AVIO_FLAG_WRITE, nullptr, nullptr);
     if (result < 0) {
         avformat_free_context(std::exchange(m_context, nullptr));
         CheckFfmpeg(result, "Creating the video file " + m_fileName);

@@ -4,11 +4,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <random>
 
 using namespace Norvane::Video;
 using Norvane::Error;
@@ -122,6 +124,24 @@ TEST_P(EveryVideo, TakesOddSizes) {
                 << x << ", " << y;
         }
     }
+}
+
+TEST_P(EveryVideo, TakesPacketsOfMegabytes) {
+    constexpr int kFrames = 8;
+    NorVideo video;
+    Open(video, GetParam().kind, Path("large"), 1280, 720, 2.0F, 40'000'000);
+    std::mt19937 noise(1);
+    Picture picture = Frame(1280, 720, 0);
+    for (int i = 0; i < kFrames; ++i) {
+        std::generate(picture.bgr.begin() + 1280 * 360 * 3, picture.bgr.end(),
+                      [&] { return static_cast<std::uint8_t>(noise()); });
+        video.Append(picture.image);
+    }
+    video.Close();
+    const std::string file = Path("large") + GetParam().extension;
+    EXPECT_GT(std::filesystem::file_size(file), 2'000'000U) << "too small to show anything";
+    EXPECT_EQ(CountFrames(file), kFrames);
+    EXPECT_EQ(Decode(file, kFrames - 1).size(), 1280U * 720U * 3U);
 }
 
 TEST_P(EveryVideo, PlaysUpToTheLastSecondWhenTheProgramDies) {
