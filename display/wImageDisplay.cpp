@@ -8,6 +8,7 @@
 #include "ImageCapture.h"
 #include "ImageSaver.h"
 #include "ImageScrollArea.h"
+#include "RecordingWiring.h"
 #include "norvane/genapi/GenApi.h"
 #include "wGLImageDisplay.h"
 #include "wInferenceDialog.h"
@@ -204,8 +205,7 @@ void wImageDisplay::setupCapture() {
     connectCapture();
 
     m_recordingDialog = new wRecordingDialog(this);
-    connectRecordingDialog();
-    connectRecordingSettings();
+    wireRecording(m_imageCapture, m_recordingDialog);
     createInferenceDialog();
     m_recordingDialog->signalInitialParamsUpdate();
     m_captureThread->start(QThread::InheritPriority);
@@ -238,54 +238,6 @@ void wImageDisplay::connectCapture() {
             &ImageCapture::OnBufferedImageReady);
     connect(m_glDisplay, &wGLImageDisplay::InferenceCornerLabelUpdate, this,
             &wImageDisplay::OnInferenceCornerLabelUpdated);
-}
-
-void wImageDisplay::connectRecordingDialog() {
-    connect(m_imageCapture, &ImageCapture::disableRecord, m_recordingDialog,
-            &wRecordingDialog::OnStopRecording);
-    connect(m_imageCapture, &ImageCapture::doneRecording, m_recordingDialog,
-            &wRecordingDialog::OnDoneRecording);
-    connect(m_imageCapture, &ImageCapture::updateStatusText, m_recordingDialog,
-            &wRecordingDialog::OnUpdateStatusText);
-    connect(m_imageCapture, &ImageCapture::updateStopRecord, m_recordingDialog,
-            &wRecordingDialog::OnUpdateStopRecord);
-    connect(m_imageCapture, &ImageCapture::frameRateChanged, m_recordingDialog,
-            &wRecordingDialog::OnFrameRateChanged, Qt::DirectConnection);
-    connect(m_imageCapture, &ImageCapture::savedFramesUpdated, m_recordingDialog,
-            &wRecordingDialog::OnSavedFramesUpdated);
-    connect(m_imageCapture, &ImageCapture::grabbedFramesUpdated, m_recordingDialog,
-            &wRecordingDialog::OnGrabbedFramesUpdated);
-    connect(m_imageCapture, &ImageCapture::bufferedFramesUpdated, m_recordingDialog,
-            &wRecordingDialog::OnBufferedFramesUpdated);
-    connect(m_imageCapture, &ImageCapture::remainingBufferedFramesUpdated, m_recordingDialog,
-            &wRecordingDialog::OnRemainingBufferedFramesUpdated);
-}
-
-void wImageDisplay::connectRecordingSettings() {
-    // Directly, so that the worker has every setting before it is told to start.
-    const auto direct = [this](auto from, auto to) {
-        connect(m_recordingDialog.data(), from, m_imageCapture.data(), to, Qt::DirectConnection);
-    };
-    direct(&wRecordingDialog::updateRecordType, &ImageCapture::OnUpdateRecordType);
-    direct(&wRecordingDialog::updateImageFormat, &ImageCapture::OnUpdateImageFormat);
-    direct(&wRecordingDialog::updateVideoFileFormat, &ImageCapture::OnUpdateVideoFileFormat);
-    direct(&wRecordingDialog::updateSaveMode, &ImageCapture::OnUpdateSaveMode);
-    direct(&wRecordingDialog::updateSaveOptions, &ImageCapture::OnUpdateSaveOptions);
-    direct(&wRecordingDialog::updateRecordMode, &ImageCapture::OnUpdateRecordMode);
-    direct(&wRecordingDialog::updateSaveAsBinary, &ImageCapture::OnUpdateSaveAsBinary);
-    direct(&wRecordingDialog::updatePNGOptions, &ImageCapture::OnUpdatePNGOptions);
-    direct(&wRecordingDialog::updateBMPOptions, &ImageCapture::OnUpdateBMPOption);
-    direct(&wRecordingDialog::updateJPEGOptions, &ImageCapture::OnUpdateJPEGOption);
-    direct(&wRecordingDialog::updateJPEG2Options, &ImageCapture::OnUpdateJPEG2Option);
-    direct(&wRecordingDialog::updateTIFFOptions, &ImageCapture::OnUpdateTIFFOption);
-    direct(&wRecordingDialog::updateH264Bitrate, &ImageCapture::OnUpdateH264Bitrate);
-    direct(&wRecordingDialog::updateMJPEGQuality, &ImageCapture::OnUpdateMJPEGQuality);
-    direct(&wRecordingDialog::updateVideoFrameRate, &ImageCapture::OnUpdateVideoFrameRate);
-    direct(&wRecordingDialog::useCameraFrameRate, &ImageCapture::OnUseCameraFrameRate);
-    direct(&wRecordingDialog::updateVideoFileSizeLimit, &ImageCapture::OnUpdateVideoFileSizeLimit);
-    direct(&wRecordingDialog::updateFilePath, &ImageCapture::OnUpdateFilePath);
-    direct(&wRecordingDialog::startRecording, &ImageCapture::OnStartRecording);
-    direct(&wRecordingDialog::stopRecording, &ImageCapture::OnStopRecording);
 }
 
 void wImageDisplay::createInferenceDialog() {

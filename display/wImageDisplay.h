@@ -117,8 +117,6 @@ private:
     void setupStatusBar();
     void setupCapture();
     void connectCapture();
-    void connectRecordingDialog();
-    void connectRecordingSettings();
     void createInferenceDialog();
     void claimShortcuts(QWidget* focused);
     void tearDown();
