@@ -2,6 +2,7 @@
 
 #include "EventHandlerImpl.h"
 #include "Guarded.h"
+#include "LightPalette.h"
 #include "SettingsFile.h"
 #include "ui_norsimplegui_qt.h"
 #include "wDeviceList.h"
@@ -18,7 +19,9 @@
 #include <QMenu>
 #include <QMutexLocker>
 #include <QResizeEvent>
+#include <QScreen>
 #include <QSettings>
+#include <QStyle>
 #include <QTimer>
 
 #include <algorithm>
@@ -30,6 +33,13 @@ namespace {
 constexpr unsigned int kStartsWithoutSurvey = 6;
 /// Pixels of height under which stacked displays would show little but their tool bars.
 constexpr int kLeastDisplayHeight = 240;
+
+/// A laptop's screen may be lower than the form; what would lie below its edge could not be reached.
+void fitIntoScreen(QWidget* window) {
+    const QSize frame(0, window->style()->pixelMetric(QStyle::PM_TitleBarHeight));
+    const QSize room = window->screen()->availableSize() - frame;
+    window->resize(window->size().boundedTo(room));
+}
 
 QString mainWindowText(const char* source) {
     return QCoreApplication::translate("MainWindow", source);
@@ -43,6 +53,7 @@ NorSimpleGUI_QT::NorSimpleGUI_QT(QWidget* parent)
                                       QStringLiteral("/FreeSerif.ttf"));
     setDockNestingEnabled(true);
     m_ui->setupUi(this);
+    fitIntoScreen(this);
     setWindowIcon(QIcon(QStringLiteral(":images/NorvaneIcon.ico")));
     LoadStyleSheet();
 
@@ -130,6 +141,7 @@ void NorSimpleGUI_QT::LoadStyleSheet() {
     }
     const QByteArray style = file.readAll();
     if (!style.isNull()) {
+        QApplication::setPalette(lightPalette());
         qApp->setStyleSheet(QString::fromLatin1(style));
     }
 }
