@@ -88,6 +88,7 @@ void wDeviceList::setupToolBar() {
 void wDeviceList::setupListView() {
     m_tree = new QTreeWidget;
     m_tree->setObjectName(QStringLiteral("treeWidget"));
+    m_tree->setAccessibleName(tr("Devices"));
     m_tree->setColumnCount(DeviceRow::ColumnCount);
     m_tree->setHeaderLabels({QString(), tr("Serial"), tr("IP Address")});
     m_tree->setContextMenuPolicy(Qt::CustomContextMenu);

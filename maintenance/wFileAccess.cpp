@@ -117,6 +117,7 @@ void wFileAccess::setupWidgets() {
                                 "is switched off."));
     m_progress = new QProgressBar;
     m_progress->setObjectName(QStringLiteral("m_progressBar"));
+    m_progress->setAccessibleName(tr("Transfer progress"));
     m_progress->setRange(0, 100);
     m_progress->hide();
     m_status = new QLabel;
