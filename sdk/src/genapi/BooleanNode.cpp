@@ -71,6 +71,9 @@ void BooleanNode::SetValue(bool value, bool verify) {
 }
 
 bool BooleanNode::GetValue(bool, bool ignoreCache) {
+    if (!ignoreCache && ValueAtHand()) {
+        return m_value;
+    }
     const Operation operation(m_map);
     RequireReadable();
     return ReadInteger(ignoreCache) != 0;

@@ -35,7 +35,7 @@ private:
     std::int64_t m_offValue = 0;
     bool m_constantOn = false;
     bool m_hasConstant = false;
-    bool m_value = false;
+    Published<bool> m_value;
 };
 
 } // namespace Norvane::GenApi

@@ -11,7 +11,23 @@
 namespace Norvane::GenApi {
 
 EnumEntryNode::EnumEntryNode(NodeMap& map, pugi::xml_node xml, std::string_view name, std::uint32_t index)
-    : ValueNode(map, xml, name, index, intfIEnumEntry), m_symbolic(Trim(xml.attribute("Name").value())) {}
+    : ValueNode(map, xml, name, index, intfIEnumEntry), m_symbolic(SymbolicOf(xml)) {}
+
+std::string EnumEntryNode::Prefix(std::string_view enumeration) {
+    return "EnumEntry_" + std::string(enumeration) + "_";
+}
+
+std::string_view EnumEntryNode::SymbolicOf(pugi::xml_node entry) {
+    if (const auto given = Trim(entry.child_value("Symbolic")); !given.empty()) {
+        return given;
+    }
+    auto name = Trim(entry.attribute("Name").value());
+    const auto prefix = Prefix(Trim(entry.parent().attribute("Name").value()));
+    if (name.size() > prefix.size() && name.substr(0, prefix.size()) == prefix) {
+        name.remove_prefix(prefix.size());
+    }
+    return name;
+}
 
 bool EnumEntryNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
     switch (tag) {
@@ -23,8 +39,7 @@ bool EnumEntryNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader)
         m_numeric = loader.Float(*this, element);
         m_hasNumeric = true;
         return true;
-    case Tag::Symbolic:
-        m_symbolic = Trim(element.child_value());
+    case Tag::Symbolic: // read with the name
         return true;
     case Tag::IsSelfClearing:
         m_selfClearing = loader.YesNo(*this, element);
@@ -93,7 +108,7 @@ EnumEntryNode* EnumerationNode::Find(std::string_view symbolic) const {
 std::optional<std::int64_t> EnumerationNode::EntryValue(std::string_view symbolic) const {
     for (const auto entry : Xml().children("EnumEntry")) {
         if (Trim(entry.attribute("Name").value()) == symbolic ||
-            Trim(entry.child_value("Symbolic")) == symbolic) {
+            EnumEntryNode::SymbolicOf(entry) == symbolic) {
             return ParseInteger(entry.child_value("Value"));
         }
     }
@@ -137,6 +152,9 @@ void EnumerationNode::SetIntValue(std::int64_t value, bool verify) {
 }
 
 std::int64_t EnumerationNode::GetIntValue(bool verify, bool ignoreCache) {
+    if (!verify && !ignoreCache && ValueAtHand()) {
+        return m_value;
+    }
     const Operation operation(m_map);
     RequireReadable();
     const auto value = ReadInteger(ignoreCache);

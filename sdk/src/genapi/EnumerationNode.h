@@ -11,10 +11,16 @@ namespace Norvane::GenApi {
 class EnumerationNode;
 
 /// EnumEntry: one value of an enumeration and its name. The node's name is "EnumEntry_<Enumeration>_<Entry>",
-/// its symbolic name the plain one.
+/// its symbolic name the plain one. Descriptions give either of them as the element's Name (GenApi 1.1,
+/// EnumEntry and Symbolic).
 class EnumEntryNode final : public ValueNode<IEnumEntry> {
 public:
     EnumEntryNode(NodeMap& map, pugi::xml_node xml, std::string_view name, std::uint32_t index);
+
+    /// What stands before the plain name in the nodes of an enumeration's entries.
+    static std::string Prefix(std::string_view enumeration);
+    /// The plain name of an entry element: its Symbolic, else its Name without the prefix.
+    static std::string_view SymbolicOf(pugi::xml_node entry);
 
     std::int64_t GetValue() override { return m_value; }
     gcstring GetSymbolic() const override { return m_symbolic; }
@@ -84,7 +90,7 @@ private:
 
     NumberSource<std::int64_t> m_source;
     std::vector<EnumEntryNode*> m_entries;
-    std::int64_t m_value = 0;
+    Published<std::int64_t> m_value;
 };
 
 } // namespace Norvane::GenApi

@@ -27,6 +27,9 @@ void FloatBase::SetValue(double value, bool verify) {
 }
 
 double FloatBase::GetValue(bool verify, bool ignoreCache) {
+    if (!verify && !ignoreCache && ValueAtHand()) {
+        return m_value;
+    }
     const Operation operation(m_map);
     RequireReadable();
     const auto value = ReadFloat(ignoreCache);

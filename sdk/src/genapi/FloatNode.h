@@ -61,7 +61,7 @@ private:
     double_autovector_t ValidValues();
     std::string WithUnit(double value);
 
-    double m_value = 0;
+    Published<double> m_value;
     double m_min = 0;
     double m_max = 0;
     double m_inc = 0;

@@ -25,6 +25,9 @@ void IntegerBase::SetValue(std::int64_t value, bool verify) {
 }
 
 std::int64_t IntegerBase::GetValue(bool verify, bool ignoreCache) {
+    if (!verify && !ignoreCache && ValueAtHand()) {
+        return m_value;
+    }
     const Operation operation(m_map);
     RequireReadable();
     const auto value = ReadInteger(ignoreCache);

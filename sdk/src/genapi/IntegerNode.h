@@ -52,7 +52,7 @@ private:
     int64_autovector_t ValidValues();
     std::string WithUnit(std::int64_t value);
 
-    std::int64_t m_value = 0;
+    Published<std::int64_t> m_value;
     std::int64_t m_min = 0;
     std::int64_t m_max = 0;
     std::int64_t m_inc = 1;

@@ -159,20 +159,22 @@ void Node::Audit(bool same) const {
 
 void Node::Keep(Cached what, Facet facet, std::uint64_t epoch) {
     if ((m_cachable & (1u << static_cast<unsigned>(facet))) && epoch == m_map.Epoch()) {
-        m_valid |= what;
+        m_cached = m_cached | what;
     }
 }
 
 void Node::Forget(Facet facet, bool) {
-    constexpr std::uint8_t kFlags[] = {kPresence, kLock, kValue, kMin | kMax | kInc};
-    m_valid &= static_cast<std::uint8_t>(~kFlags[static_cast<unsigned>(facet)]);
+    constexpr std::uint32_t kFlags[] = {kPresence, kLock, kValue, kMin | kMax | kInc};
+    m_cached = m_cached & ~kFlags[static_cast<unsigned>(facet)];
+}
+
+bool Node::ValueAtHand() const {
+    const std::uint32_t cached = m_cached;
+    return (cached & (kPresence | kValue)) == (kPresence | kValue) && IsReadable(PresenceIn(cached)) &&
+           m_map.Undisturbed();
 }
 
 EAccessMode Node::Access() {
-    if ((m_valid & (kPresence | kLock)) == (kPresence | kLock) && !m_map.Auditing()) {
-        const auto mode = static_cast<EAccessMode>(m_presence);
-        return m_locked ? WithoutWriting(mode) : mode;
-    }
     const auto mode = Presence();
     return IsWritable(mode) && Locked() ? WithoutWriting(mode) : mode;
 }
@@ -180,13 +182,13 @@ EAccessMode Node::Access() {
 EAccessMode Node::Presence() {
     if (Has(kPresence)) {
         if (m_map.Auditing()) {
-            Audit(ComputePresence() == m_presence);
+            Audit(ComputePresence() == PresenceIn(m_cached));
         }
-        return static_cast<EAccessMode>(m_presence);
+        return PresenceIn(m_cached);
     }
     const auto epoch = EpochNow();
     const auto mode = ComputePresence();
-    m_presence = static_cast<std::uint8_t>(mode);
+    m_cached = (m_cached & ~kPresenceMask) | static_cast<std::uint32_t>(mode) << kPresenceShift;
     Keep(kPresence, Facet::Presence, epoch);
     return mode;
 }
@@ -194,13 +196,13 @@ EAccessMode Node::Presence() {
 bool Node::Locked() {
     if (Has(kLock)) {
         if (Auditing()) {
-            Audit(ComputeLocked() == m_locked);
+            Audit(ComputeLocked() == ((m_cached & kLockedBit) != 0));
         }
-        return m_locked;
+        return m_cached & kLockedBit;
     }
     const auto epoch = EpochNow();
     const bool locked = ComputeLocked();
-    m_locked = locked;
+    m_cached = locked ? m_cached | kLockedBit : m_cached & ~kLockedBit;
     Keep(kLock, Facet::Lock, epoch);
     return locked;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "genapi/Published.h"
 #include "genapi/Tags.h"
 #include "norvane/Exception.h"
 #include "norvane/genapi/INode.h"
@@ -165,8 +166,11 @@ public:
     bool m_changePending = false;
 
 protected:
-    enum Cached : std::uint8_t { kPresence = 1, kLock = 2, kValue = 4, kMin = 8, kMax = 16, kInc = 32 };
-    bool Has(Cached what) const { return m_valid & what; }
+    enum Cached : std::uint32_t { kPresence = 1, kLock = 2, kValue = 4, kMin = 8, kMax = 16, kInc = 32 };
+    bool Has(Cached what) const { return m_cached & what; }
+    /// Whether the node can be read and its value is cached: then the value may be taken without the lock.
+    /// An operation that is changing it meanwhile has not ended, so either order of the two is right.
+    bool ValueAtHand() const;
     /// Marks something as cached, unless the node map was invalidated since `epoch`, while it was being read.
     void Keep(Cached what, Facet facet, std::uint64_t epoch);
     std::uint64_t EpochNow() const;
@@ -193,6 +197,15 @@ private:
     std::optional<bool> Test(Node& condition);
     std::string WhyNoAccess();
 
+    // The cached presence and lock stand in one word with what is cached, so that whoever looks without the
+    // lock sees them together.
+    static constexpr std::uint32_t kPresenceShift = 8;
+    static constexpr std::uint32_t kPresenceMask = 7u << kPresenceShift;
+    static constexpr std::uint32_t kLockedBit = 1u << 11;
+    static EAccessMode PresenceIn(std::uint32_t cached) {
+        return static_cast<EAccessMode>((cached & kPresenceMask) >> kPresenceShift);
+    }
+
     pugi::xml_node m_xml;
     std::string_view m_name;
     Node* m_isImplemented = nullptr;
@@ -200,16 +213,14 @@ private:
     Node* m_isLocked = nullptr;
     std::uint32_t m_index;
     std::uint32_t m_firstLink = 0;
+    Published<std::uint32_t> m_cached;
     std::uint16_t m_links = 0;
-    std::uint8_t m_valid = 0;
     std::uint8_t m_cachable = 0;
     EInterfaceType m_type;
     std::int32_t m_pollingTime = -1;
-    std::uint8_t m_presence = NA;
     std::uint8_t m_imposed = RW;
     std::uint8_t m_visibility = Beginner;
     std::uint8_t m_imposedVisibility = Beginner;
-    bool m_locked = false;
     bool m_feature = false;
     bool m_broken = false;
     bool m_standard = false;

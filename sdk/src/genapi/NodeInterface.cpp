@@ -1,6 +1,7 @@
 // The part of INode that reports what the description says of a node.
 #include "genapi/Node.h"
 
+#include "genapi/EnumerationNode.h"
 #include "genapi/NodeMap.h"
 #include "genapi/Text.h"
 
@@ -23,6 +24,13 @@ std::string_view Node::Child(const char* element) const {
 }
 
 EAccessMode Node::GetAccessMode() const {
+    if (m_map.Undisturbed()) {
+        const std::uint32_t cached = m_cached;
+        const auto mode = PresenceIn(cached);
+        if ((cached & kPresence) && (!IsWritable(mode) || (cached & kLock))) {
+            return cached & kLockedBit ? WithoutWriting(mode) : mode;
+        }
+    }
     const Operation operation(m_map);
     m_map.CheckPorts();
     return const_cast<Node*>(this)->Access();
@@ -72,7 +80,7 @@ gcstring Node::GetDisplayName() const {
     if (!text.empty()) {
         return text;
     }
-    return m_type == intfIEnumEntry ? Trim(m_xml.attribute("Name").value()) : m_name;
+    return m_type == intfIEnumEntry ? EnumEntryNode::SymbolicOf(m_xml) : m_name;
 }
 
 gcstring Node::GetDeviceName() const {

@@ -4,6 +4,7 @@
 #include "genapi/Callbacks.h"
 #include "genapi/Graph.h"
 #include "genapi/Node.h"
+#include "genapi/Published.h"
 #include "norvane/genapi/NodeMapFactory.h"
 
 #include <memory>
@@ -49,6 +50,8 @@ public:
     }
     void AttachChunks(const std::map<std::uint64_t, ChunkView>& chunksById);
     CallbackList& Callbacks() { return m_callbacks; }
+    /// Whether what nodes have cached may be taken as it is; with or without the lock.
+    bool Undisturbed() const { return !Auditing() && PortsUnchanged(); }
 
     // ---- with the lock held
 
@@ -66,11 +69,8 @@ public:
     void Refresh(Node& node);
     /// Takes notice of a port that was opened or closed. Part of every operation, so as cheap as can be.
     void CheckPorts() {
-        for (const auto& live : m_livePorts) {
-            if (live.port->GetAccessMode() != live.mode) {
-                PortModesChanged();
-                return;
-            }
+        if (!PortsUnchanged()) {
+            PortModesChanged();
         }
     }
     void CheckPort(PortNode& port);
@@ -90,6 +90,14 @@ private:
     friend class Node;
 
     void LeaveAndCall() noexcept RELEASE(m_mutex);
+    bool PortsUnchanged() const {
+        for (const auto& live : m_livePorts) {
+            if (live.port->GetAccessMode() != live.mode) {
+                return false;
+            }
+        }
+        return true;
+    }
     void PortModesChanged();
     /// False when the device does not answer.
     bool PollNode(Node& node, std::uint64_t since);
@@ -108,7 +116,7 @@ private:
     std::vector<std::unique_ptr<RegisterTarget>> m_targets;
     struct LivePort {
         IPort* port;
-        EAccessMode mode;
+        Published<EAccessMode> mode;
     };
     std::vector<LivePort> m_livePorts;   ///< each one behind m_ports once
     std::vector<PortNode*> m_ports;      ///< whose mode can change at any time

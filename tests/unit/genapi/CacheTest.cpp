@@ -1,6 +1,7 @@
 #include "TestMap.h"
 
 #include <fstream>
+#include <future>
 #include <random>
 #include <sstream>
 
@@ -146,6 +147,60 @@ TEST(Cache, Polling) {
     EXPECT_EQ(t.port->reads, 1); // one for both nodes, none for what nobody has asked for
     EXPECT_EQ(t.Int("Over")->GetValue(), 5);
     EXPECT_EQ(t.port->reads, 1);
+}
+
+/// A port whose reads wait until they are let through.
+class StuckPort final : public IPort {
+public:
+    EAccessMode GetAccessMode() const override { return RW; }
+    void Read(void* buffer, std::int64_t, std::int64_t length) override {
+        entered.set_value();
+        released.get_future().wait();
+        std::memset(buffer, 0, static_cast<std::size_t>(length));
+    }
+    void Write(const void*, std::int64_t, std::int64_t) override {}
+
+    std::promise<void> entered;
+    std::promise<void> released;
+};
+
+/// While one thread waits for the device, another still sees what is cached, and what a write changed.
+TEST(Cache, AnswersWhileTheDeviceIsAsked) {
+    const auto port = std::make_shared<StuckPort>();
+    const auto map = CreateNodeMap(
+        Describe(Reg("A", 0) + Reg("Slow", 4) + Reg("Behind", 8) +
+                 "<FloatReg Name=\"F\"><Address>12</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+                 "<pPort>Device</pPort></FloatReg>"
+                 "<Boolean Name=\"B\"><pValue>Behind</pValue></Boolean>"
+                 "<Enumeration Name=\"E\"><EnumEntry Name=\"One\"><Value>1</Value></EnumEntry>"
+                 "<pValue>Behind</pValue></Enumeration>"
+                 "<Integer Name=\"Locked\"><pIsLocked>Behind</pIsLocked><pValue>A</pValue></Integer>"),
+        port);
+    const CIntegerPtr a = map->GetNode("A");
+    const CFloatPtr f = map->GetNode("F");
+    const CBooleanPtr b = map->GetNode("B");
+    const CEnumerationPtr e = map->GetNode("E");
+    const CIntegerPtr locked = map->GetNode("Locked");
+    a->SetValue(7);
+    f->SetValue(0.5);
+    CIntegerPtr(map->GetNode("Behind"))->SetValue(1);
+    // Once with the lock, so that all of it is cached.
+    const auto expectAll = [&](std::int64_t value) {
+        EXPECT_EQ(a->GetValue(), value);
+        EXPECT_EQ(f->GetValue(), 0.5);
+        EXPECT_TRUE(b->GetValue());
+        EXPECT_EQ(e->GetIntValue(), 1);
+        EXPECT_EQ(locked->GetAccessMode(), RO);
+        EXPECT_EQ(locked->GetValue(), value);
+    };
+    expectAll(7);
+    a->SetValue(8);
+    expectAll(8);
+    auto slow = std::async(std::launch::async, [&] { return CIntegerPtr(map->GetNode("Slow"))->GetValue(); });
+    port->entered.get_future().wait();
+    expectAll(8);
+    port->released.set_value();
+    EXPECT_EQ(slow.get(), 0);
 }
 
 /// Random writes through every kind, with every cached answer compared with the port.

@@ -12,8 +12,10 @@
 
 namespace Norvane::GenApi {
 
-/// The bytes behind a node map: a camera's registers, a chunk, or a test's array. Called with the node map's
-/// lock held, by whichever thread uses a node; must not call back into the node map.
+/// The bytes behind a node map: a camera's registers, a chunk, or a test's array. Read and Write
+/// are called with the node map's lock held, by whichever thread uses a node, and must not call back into the
+/// node map. GetAccessMode is part of every operation, so it may be called by several threads at once and
+/// answers without waiting for the device.
 class IPort {
 public:
     virtual ~IPort() = default;
