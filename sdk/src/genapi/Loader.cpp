@@ -235,9 +235,11 @@ void Loader::CreateStruct(pugi::xml_node xml) {
 
 void Loader::CreateEntries(pugi::xml_node xml, std::string_view enumeration) {
     for (const auto entry : xml.children("EnumEntry")) {
-        const auto symbolic = Trim(entry.attribute("Name").value());
-        const auto name = Store("EnumEntry_" + std::string(enumeration) + "_" + std::string(symbolic));
-        if (symbolic.empty()) {
+        const auto given = Trim(entry.attribute("Name").value());
+        const auto prefix = EnumEntryNode::Prefix(enumeration);
+        const auto name =
+            given.substr(0, prefix.size()) == prefix ? given : Store(prefix + std::string(given));
+        if (given.empty()) {
             Complain(std::string(enumeration) + ": an EnumEntry without a Name is left out");
         } else if (Node* const node = Create(Tag::EnumEntry, entry, name, false)) {
             m_nested.emplace(entry.hash_value(), node);

@@ -254,8 +254,10 @@ TEST(Kinds, WhatADescriptionSaysOfANode) {
               "<Integer Name=\"Other\"><Value>1</Value></Integer>"
               "<Category Name=\"C\"><pFeature>Gain</pFeature></Category>"
               "<Enumeration Name=\"E\"><EnumEntry "
-              "Name=\"One\"><Value>1</Value><NumericValue>1.5</NumericValue></EnumEntry><Value>1</Value></"
-              "Enumeration>");
+              "Name=\"One\"><Value>1</Value><NumericValue>1.5</NumericValue></EnumEntry>"
+              "<EnumEntry Name=\"EnumEntry_E_Two\"><Value>2</Value></EnumEntry>"
+              "<EnumEntry Name=\"EnumEntry_E_Three\"><Value>3</Value><Symbolic>Tres</Symbolic></EnumEntry>"
+              "<Value>1</Value></Enumeration>");
     const auto gain = t.Get<INode>("Std::Gain");
     EXPECT_EQ(gain->GetName(true).str(), "Std::Gain");
     EXPECT_EQ(gain->GetDescription().str(), "Long");
@@ -277,6 +279,13 @@ TEST(Kinds, WhatADescriptionSaysOfANode) {
     EXPECT_EQ(entry->GetSymbolic().str(), "One");
     EXPECT_EQ(entry->GetNumericValue(), 1.5);
     EXPECT_EQ(entry->GetNode()->GetDisplayName().str(), "One");
+    // A Name may be the node's, too; the prefix is no part of the plain name.
+    for (const auto& [node, symbolic] :
+         {std::pair{"EnumEntry_E_Two", "Two"}, {"EnumEntry_E_Three", "Tres"}}) {
+        EXPECT_EQ(t.Get<IEnumEntry>(node)->GetSymbolic().str(), symbolic);
+        EXPECT_EQ(t.Get<INode>(node)->GetDisplayName().str(), symbolic);
+        EXPECT_EQ(t.Enum("E")->GetEntryByName(symbolic)->GetNode(), t.map->GetNode(node));
+    }
 }
 
 } // namespace
