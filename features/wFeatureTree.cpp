@@ -125,6 +125,16 @@ void wFeatureTree::setupToolBar() {
     clear->setToolTip(clear->text());
     clear->setVisible(false);
     connect(clear, &QAction::triggered, m_searchBox, &QLineEdit::clear);
+    // The style sheet gives the placeholder the colour of typed text unless it is told that it is one.
+    const auto markEmpty = [this](const QString& text) {
+        if (m_searchBox->property("empty") != text.isEmpty()) {
+            m_searchBox->setProperty("empty", text.isEmpty());
+            m_searchBox->style()->unpolish(m_searchBox);
+            m_searchBox->style()->polish(m_searchBox);
+        }
+    };
+    markEmpty({});
+    connect(m_searchBox, &QLineEdit::textChanged, this, markEmpty);
     connect(m_searchBox, &QLineEdit::textChanged, clear,
             [clear](const QString& text) { clear->setVisible(!text.isEmpty()); });
     m_searchBox->setAccessibleName(tr("Search features"));
