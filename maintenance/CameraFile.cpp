@@ -65,6 +65,7 @@ bool CameraFile::open(OpenMode mode) {
         m_openMode->SetIntValue(mode, true);
         success = execute(Open);
     });
+    m_transfer = mode == WriteMode ? Write : Read;
     m_position = 0;
     m_advancesByItself = false;
     return success;
@@ -81,6 +82,14 @@ bool CameraFile::execute(Operation operation) {
     m_operation->SetIntValue(operation, true);
     m_execute->Execute(true);
     return waitUntilDone() && m_status->GetIntValue(false, true) == kSuccess;
+}
+
+/// Buffer, offset and length may be others for each file and operation, so the selectors come before them.
+void CameraFile::select(Operation operation) {
+    selectOwnFile();
+    if (m_operation->GetIntValue() != operation) {
+        m_operation->SetIntValue(operation, true);
+    }
 }
 
 void CameraFile::selectOwnFile() {
@@ -105,6 +114,7 @@ bool CameraFile::waitUntilDone() {
 CameraFile::ChunkAnswer CameraFile::PrepareChunks() {
     ChunkAnswer answer = ChunkAnswer::Failed;
     guarded("preparing a file transfer", [&] {
+        select(m_transfer);
         const std::int64_t bufferLength = m_buffer->GetLength();
         m_chunkLength = m_length->GetValue();
         answer = ChunkAnswer::Ready;
@@ -154,6 +164,7 @@ std::int64_t CameraFile::bytesMoved(std::int64_t most) {
 std::int64_t CameraFile::WriteChunk(const char* data, std::int64_t count) {
     std::int64_t written = -1;
     guarded("writing to a camera file", [&] {
+        select(Write);
         keepOffset();
         if (count < m_chunkLength) {
             const std::int64_t padded = std::min(roundedUpTo4(count), m_chunkLength);
@@ -175,6 +186,7 @@ std::int64_t CameraFile::WriteChunk(const char* data, std::int64_t count) {
 std::int64_t CameraFile::ReadChunk(char* data, std::int64_t capacity) {
     std::int64_t read = -1;
     guarded("reading from a camera file", [&] {
+        select(Read);
         keepOffset();
         if (!execute(Read)) {
             return;

@@ -49,6 +49,7 @@ private:
 
     bool open(OpenMode mode);
     bool execute(Operation operation);
+    void select(Operation operation);
     void selectOwnFile();
     void setOffset(std::int64_t offset);
     void keepOffset();
@@ -67,7 +68,8 @@ private:
     Norvane::GenApi::CIntegerPtr m_length;
     Norvane::GenApi::CRegisterPtr m_buffer;
     Norvane::GenApi::CIntegerPtr m_size;
-    std::int64_t m_file = 0; ///< value of the selector
+    std::int64_t m_file = 0;     ///< value of the selector
+    Operation m_transfer = Read; ///< what the file was opened for
     std::int64_t m_chunkLength = 0;
     std::int64_t m_position = 0;
     bool m_advancesByItself = false; ///< the camera moves the offset with each chunk

@@ -369,11 +369,12 @@ void wFileAccess::OnDownloadButtonClicked() {
         return;
     }
     const std::int64_t size = file.Size();
-    file.PrepareChunks();
+    // A length that cannot be written serves a download as it is.
+    const bool prepared = file.PrepareChunks() != CameraFile::ChunkAnswer::Failed;
     // The file that the name stood for so far is replaced only by a complete one.
     QSaveFile target(m_downloadName);
     target.setDirectWriteFallback(true);
-    if (size < 0 || size > kLargestFile || file.ChunkLength() <= 0 || !target.open(QIODevice::WriteOnly)) {
+    if (!prepared || size < 0 || size > kLargestFile || !target.open(QIODevice::WriteOnly)) {
         file.Close();
         setStatus(tr("Download failed."));
         return;

@@ -80,7 +80,7 @@ void FakeFileStore::Read(void* buffer, std::int64_t address, std::int64_t length
         {SelectorAddress, m_selected},       {OperationAddress, m_operation},
         {OpenModeAddress, m_openMode},       {StatusAddress, m_status},
         {ResultAddress, m_result},           {OffsetAddress, m_offset},
-        {LengthAddress, m_accessLength},     {SizeAddress, files[static_cast<int>(m_selected)].size()},
+        {LengthAddress, accessLength()},     {SizeAddress, files[static_cast<int>(m_selected)].size()},
         {FlashAddress, writeToFlash ? 1 : 0}};
     const auto value = static_cast<std::uint32_t>(values.at(address));
     std::memcpy(buffer, &value, sizeof value);
@@ -111,7 +111,7 @@ void FakeFileStore::Write(const void* buffer, std::int64_t address, std::int64_t
         m_offset = value;
         break;
     case LengthAddress:
-        m_accessLength = value;
+        accessLength() = value;
         break;
     case FlashAddress:
         writeToFlash = value != 0;
@@ -124,6 +124,11 @@ void FakeFileStore::Write(const void* buffer, std::int64_t address, std::int64_t
     default:
         throw Exception(Error::InvalidAddress, "no register");
     }
+}
+
+std::int64_t& FakeFileStore::accessLength() {
+    return m_accessLengths.try_emplace(m_setup.lengthPerOperation ? m_operation : 0, m_setup.accessLength)
+        .first->second;
 }
 
 bool FakeFileStore::execute() {
@@ -148,11 +153,11 @@ bool FakeFileStore::execute() {
         return true;
     }
     if (m_operation == Read_) {
-        m_buffer = file.mid(offset, static_cast<int>(std::min(m_accessLength, m_setup.bufferLength)));
+        m_buffer = file.mid(offset, static_cast<int>(std::min(accessLength(), m_setup.bufferLength)));
         m_result = m_buffer.size();
     } else {
-        lengthOfLastWrite = m_accessLength;
-        const auto count = static_cast<int>(std::min<std::int64_t>(m_accessLength, m_buffer.size()));
+        lengthOfLastWrite = accessLength();
+        const auto count = static_cast<int>(std::min<std::int64_t>(accessLength(), m_buffer.size()));
         if (offset + count > m_setup.capacity) {
             return false;
         }

@@ -15,13 +15,14 @@ public:
         std::int64_t bufferLength = 1024;
         std::int64_t accessLength = 1024; ///< at the start
         bool lengthWritable = true;
-        bool advancesOffset = true; ///< after each operation, by itself
+        bool advancesOffset = true;      ///< after each operation, by itself
+        bool lengthPerOperation = false; ///< the access length belongs to the selected operation
         std::int64_t capacity = 1LL << 30;
     };
     enum File { UserFile1 = 0, UserFile2 = 1 };
     enum Operation { Open = 0, Close = 1, Read_ = 2, Write_ = 3 };
 
-    explicit FakeFileStore(const Setup& setup) : m_setup(setup), m_accessLength(setup.accessLength) {}
+    explicit FakeFileStore(const Setup& setup) : m_setup(setup) {}
 
     /// A camera of which nothing but the file store works.
     static std::shared_ptr<FakeCamera> CameraWith(const std::shared_ptr<FakeFileStore>& store);
@@ -41,11 +42,11 @@ public:
     bool writeToFlash = true;
 
 private:
-    std::shared_ptr<Norvane::GenApi::INodeMap> buildMap(std::shared_ptr<FakeFileStore> self) const;
     bool execute();
+    std::int64_t& accessLength();
 
     Setup m_setup;
-    std::int64_t m_accessLength;
+    std::map<std::int64_t, std::int64_t> m_accessLengths; ///< by operation
     std::int64_t m_offset = 0;
     std::int64_t m_selected = UserFile1;
     std::int64_t m_operation = Open;

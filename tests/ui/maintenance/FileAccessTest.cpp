@@ -162,6 +162,19 @@ TEST_F(FileAccessTest, AccessLengthGrowsToTheBufferWhereItCan) {
     EXPECT_EQ(ContentOf(Download()), Pattern(100));
 }
 
+TEST_F(FileAccessTest, AccessLengthMayBelongToTheSelectedOperation) {
+    Store::Setup setup;
+    setup.accessLength = 16;
+    setup.lengthPerOperation = true;
+    Use(setup);
+    for (const int size : {10, 3000}) {
+        Upload(Pattern(size));
+        EXPECT_TRUE(m_store->files[Store::UserFile1] == Pattern(size)) << size;
+        EXPECT_EQ(ContentOf(Download()), Pattern(size)) << size;
+    }
+    EXPECT_EQ(m_store->bufferWrites.size(), 4U) << "each in the longest chunks";
+}
+
 TEST_F(FileAccessTest, EveryFailureEndsTheTransferAndLeavesTheFileClosed) {
     struct Case {
         const char* what;
