@@ -69,8 +69,34 @@ TEST(ForceIp, GivesALostCameraAFreeAddress) {
                   LostCamera::kAdapterAddress & LostCamera::kAdapterMask);
         EXPECT_NE(camera.Address(), LostCamera::kAdapterAddress);
         EXPECT_NE(camera.Address(), kOwned) << "somebody else has it";
-        EXPECT_EQ(FindCamera(transport->Scan()).ipAddress, camera.Address());
+        const std::uint32_t given = camera.Address();
+        EXPECT_EQ(FindCamera(transport->Scan()).ipAddress, given);
+        transport->ForceIp(record.id);
+        EXPECT_EQ(camera.Address(), given) << "a valid address stays";
     }
+}
+
+TEST(ForceIp, GivesNoAddressThatAnotherCameraIsGetting) {
+    LostCamera camera(Manner::Obeys, kOwned);
+    ASSERT_TRUE(camera.IsReady()) << "needs iproute2 and the right to make virtual adapters";
+    GevDiscovery discovery;
+    std::map<std::string, GevCamera> found;
+    ASSERT_TRUE(WaitFor(
+        [&] {
+            found = discovery.Scan(
+                ListAdapters(), [](const std::string&) { return GevDiscovery::Held::No; }, 300ms);
+            return !found.empty();
+        },
+        5s));
+    std::uint32_t promised = 0;
+    const std::uint32_t address =
+        ForceIpAddress(found.begin()->second, {LostCamera::kAdapterAddress}, [&](std::uint32_t free) {
+            promised = promised == 0 ? free : promised;
+            return free != promised;
+        });
+    EXPECT_NE(promised, 0U);
+    EXPECT_NE(address, promised);
+    EXPECT_EQ(camera.Address(), address);
 }
 
 TEST(ForceIp, SaysWhyItFailed) {

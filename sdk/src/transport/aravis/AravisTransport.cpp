@@ -6,6 +6,17 @@
 #include <algorithm>
 
 namespace Norvane::Transport {
+namespace {
+
+/// Whether the camera's address is a host's address of its adapter's network.
+bool HasValidAddress(const GevCamera& camera) {
+    const std::uint32_t mask = camera.adapter.record.subnetMask;
+    const std::uint32_t host = camera.record.ipAddress & ~mask;
+    return camera.adapter.Holds(camera.record.ipAddress) && camera.record.subnetMask == mask && host != 0 &&
+           host != ~mask;
+}
+
+} // namespace
 
 std::unique_ptr<ITransport> CreateAravisTransport() {
     return std::make_unique<AravisTransport>();
@@ -63,6 +74,12 @@ void AravisTransport::ScanGev(ScanResult& result) {
     }
     const MutexLock lock(m_mutex);
     m_gevCameras = cameras;
+    for (const auto& [id, camera] : cameras) {
+        const auto promise = m_promisedAddresses.find(id);
+        if (promise != m_promisedAddresses.end() && promise->second == camera.record.ipAddress) {
+            m_promisedAddresses.erase(promise);
+        }
+    }
     m_adapterAddresses.clear();
     for (const Adapter& adapter : adapters) {
         m_adapterAddresses.insert(adapter.record.ipAddress);
@@ -151,7 +168,28 @@ void AravisTransport::ForceIp(const std::string& deviceId) {
     if (!camera) {
         throw Exception(Error::InvalidId, "There is no camera " + deviceId + "; refresh the list");
     }
-    ForceIpAddress(*camera, taken);
+    if (HasValidAddress(*camera) && taken.count(camera->record.ipAddress) == 0) {
+        return; // another one would only disturb those who use it
+    }
+    try {
+        ForceIpAddress(*camera, taken, [&](std::uint32_t address) { return Promise(deviceId, address); });
+    } catch (...) {
+        const MutexLock lock(m_mutex);
+        m_promisedAddresses.erase(deviceId);
+        throw;
+    }
+}
+
+bool AravisTransport::Promise(const std::string& deviceId, std::uint32_t address) {
+    const MutexLock lock(m_mutex);
+    const bool taken =
+        std::any_of(m_promisedAddresses.begin(), m_promisedAddresses.end(), [&](const auto& promise) {
+            return promise.first != deviceId && promise.second == address;
+        });
+    if (!taken) {
+        m_promisedAddresses[deviceId] = address;
+    }
+    return !taken;
 }
 
 } // namespace Norvane::Transport

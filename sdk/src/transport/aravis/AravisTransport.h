@@ -31,6 +31,7 @@ private:
     std::shared_ptr<AravisDevice> FindOpen(const std::string& deviceId);
     GevDiscovery::Held HeldState(const std::string& deviceId);
     std::optional<DeviceTarget> FindTarget(const std::string& deviceId);
+    bool Promise(const std::string& deviceId, std::uint32_t address);
     void ReportOnce(std::string& last, const std::string& trouble);
 
     Mutex m_mutex;
@@ -38,6 +39,9 @@ private:
     std::map<std::string, GevCamera> m_gevCameras GUARDED_BY(m_mutex);
     std::map<std::string, UsbCamera> m_usbCameras GUARDED_BY(m_mutex);
     std::set<std::uint32_t> m_adapterAddresses GUARDED_BY(m_mutex);
+    /// Addresses that cameras are getting, by device, until a scan finds them there: several cameras may get
+    /// theirs at once.
+    std::map<std::string, std::uint32_t> m_promisedAddresses GUARDED_BY(m_mutex);
 
     // Used by Scan only.
     std::unique_ptr<GevDiscovery> m_gevDiscovery;

@@ -44,9 +44,11 @@ std::set<std::uint32_t> ReadArpTable(const std::string& adapterName) {
     return addresses;
 }
 
-/// The first candidate that nobody on the network owns. Sending to each makes the kernel ask for its owner.
+/// The first candidate that nobody on the network owns and the caller may have. Sending to each makes the
+/// kernel ask for its owner.
 std::uint32_t ChooseFreeAddress(GvcpSocket& socket, const Adapter& adapter, const std::string& label,
-                                const std::vector<std::uint32_t>& candidates) {
+                                const std::vector<std::uint32_t>& candidates,
+                                const std::function<bool(std::uint32_t)>& claim) {
     const std::uint16_t requestId = socket.NextRequestId();
     for (const std::uint32_t candidate : candidates) {
         socket.Send(adapter.index, adapter.record.ipAddress, candidate,
@@ -59,7 +61,7 @@ std::uint32_t ChooseFreeAddress(GvcpSocket& socket, const Adapter& adapter, cons
     }
     owned.merge(ReadArpTable(adapter.name));
     for (const std::uint32_t candidate : candidates) {
-        if (owned.count(candidate) == 0) {
+        if (owned.count(candidate) == 0 && claim(candidate)) {
             return candidate;
         }
     }
@@ -90,7 +92,8 @@ std::vector<std::uint32_t> SuggestAddresses(std::uint32_t adapterAddress, std::u
     return suggestions;
 }
 
-std::uint32_t ForceIpAddress(const GevCamera& camera, const std::set<std::uint32_t>& taken) {
+std::uint32_t ForceIpAddress(const GevCamera& camera, const std::set<std::uint32_t>& taken,
+                             const std::function<bool(std::uint32_t)>& claim) {
     const Adapter& adapter = camera.adapter;
     const DeviceRecord& record = camera.record;
     const std::string label = record.model + " " + record.serial;
@@ -98,7 +101,8 @@ std::uint32_t ForceIpAddress(const GevCamera& camera, const std::set<std::uint32
     const std::uint32_t address =
         ChooseFreeAddress(socket, adapter, label,
                           SuggestAddresses(adapter.record.ipAddress, adapter.record.subnetMask,
-                                           record.macAddress, taken, kProbedAddresses));
+                                           record.macAddress, taken, kProbedAddresses),
+                          claim);
 
     for (int attempt = 0; attempt < kTries; ++attempt) {
         const std::uint16_t forceRequest = socket.NextRequestId();

@@ -3,6 +3,7 @@
 #include "transport/aravis/GevDiscovery.h"
 
 #include <cstdint>
+#include <functional>
 #include <set>
 #include <vector>
 
@@ -18,8 +19,10 @@ std::vector<std::uint32_t> SuggestAddresses(std::uint32_t adapterAddress, std::u
 /// Gives a camera a free address of its adapter's network, by broadcast on the adapter that saw it, and waits
 /// until the camera confirms it. Takes about a third of a second, three when nobody answers. Any thread.
 /// @param taken addresses that other cameras and adapters have
+/// @param claim asked before a free address is given; false when another camera is getting it right now
 /// @return the camera's new address, host order
 /// @throws Exception (NotAvailable) without a free address, (Timeout), (Io) when the camera refuses.
-std::uint32_t ForceIpAddress(const GevCamera& camera, const std::set<std::uint32_t>& taken);
+std::uint32_t ForceIpAddress(const GevCamera& camera, const std::set<std::uint32_t>& taken,
+                             const std::function<bool(std::uint32_t)>& claim);
 
 } // namespace Norvane::Transport
