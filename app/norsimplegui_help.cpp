@@ -83,7 +83,7 @@ void NorSimpleGUI_QT::SetupDocumentationMenu() {
 }
 
 QString NorSimpleGUI_QT::GetDocsInstallDir() {
-    return QStringLiteral("/opt/norvane/doc");
+    return QString::fromUtf8(kDocsInstallDir);
 }
 
 void NorSimpleGUI_QT::OpenDoc(const QString& path) {
