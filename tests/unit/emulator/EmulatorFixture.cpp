@@ -51,8 +51,9 @@ std::shared_ptr<IDevice> EmulatorFixture::Open(const std::string& serial) {
     return m_transport->Open(serial);
 }
 
-std::shared_ptr<GenApi::INodeMap> EmulatorFixture::Map(const std::shared_ptr<IDevice>& device) {
-    return GenApi::CreateNodeMap(device->Description(), device, {"camera", {}, nullptr, nullptr});
+std::shared_ptr<GenApi::INodeMap> EmulatorFixture::Map(const std::shared_ptr<IDevice>& device,
+                                                       GenApi::CacheAudit* audit) {
+    return GenApi::CreateNodeMap(device->Description(), device, {"camera", {}, nullptr, audit});
 }
 
 std::optional<DeviceRecord> EmulatorFixture::Find(const std::string& serial) {

@@ -26,8 +26,9 @@ protected:
     void Write(const std::string& text);
     EmulatorTransport& Start(const std::string& text);
     std::shared_ptr<IDevice> Open(const std::string& serial = "1");
-    /// A node map over an opened camera, as the core builds it.
-    std::shared_ptr<GenApi::INodeMap> Map(const std::shared_ptr<IDevice>& device);
+    /// A node map over an opened camera, as the core builds it; `audit` may be null.
+    std::shared_ptr<GenApi::INodeMap> Map(const std::shared_ptr<IDevice>& device,
+                                          GenApi::CacheAudit* audit = nullptr);
     /// The record of a camera in a fresh scan; null when it is not there.
     std::optional<DeviceRecord> Find(const std::string& serial);
 

@@ -118,13 +118,26 @@ TEST_P(FeatureMapTest, CachedValuesAreWhatTheRegistersHold) {
     static const std::set<std::string> kMoving{"DeviceTemperature", "DeviceUpTimeSeconds", "LineStatus",
                                                "LineStatusAll",     "TimerValue",          "CounterValue",
                                                "UserSetSave"};
-    const auto map = Begin();
+    Start(std::string("[interface A]\ntype=") + GetParam().section);
+    CacheAudit cache;
+    const auto map = Map(Open(), &cache);
     const auto features = Features(*map);
     const auto audit = [&](const std::string& after) {
         for (INode* node : features) {
+            const auto before = cache.differences;
             if (IsReadable(node->GetAccessMode()) && kMoving.count(node->GetName().str()) == 0) {
                 const CValuePtr value = node;
                 const std::string cached = value->ToString().str();
+                if (const CIntegerPtr integer = node) {
+                    integer->GetMin();
+                    integer->GetMax();
+                    integer->GetInc();
+                } else if (const CFloatPtr real = node) {
+                    real->GetMin();
+                    real->GetMax();
+                    real->HasInc();
+                }
+                EXPECT_EQ(cache.differences, before) << node->GetName().str() << " after " << after;
                 EXPECT_EQ(cached, value->ToString(false, true).str())
                     << node->GetName().str() << " after " << after;
             }
@@ -156,6 +169,7 @@ TEST_P(FeatureMapTest, CachedValuesAreWhatTheRegistersHold) {
         *value ? Set(*map, name, value) : Execute(*map, name);
         audit(std::string(name) + " = " + value);
     }
+    EXPECT_GT(cache.reads, 10000u);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -203,6 +203,20 @@ TEST(Cache, AnswersWhileTheDeviceIsAsked) {
     EXPECT_EQ(slow.get(), 0);
 }
 
+TEST(Cache, AuditCountsWhatChangedBehindTheCache) {
+    CacheAudit audit;
+    NodeMapOptions options;
+    options.cacheAudit = &audit;
+    TestMap t(Reg("A", 0) + "<Integer Name=\"Locked\"><pIsLocked>A</pIsLocked><Value>1</Value></Integer>",
+              options);
+    t.Int("A")->GetValue();
+    t.Access("Locked");
+    EXPECT_EQ(audit.differences, 0u);
+    t.port->Poke(0, 1);
+    t.Access("Locked");
+    EXPECT_GT(audit.differences, 0u);
+}
+
 /// Random writes through every kind, with every cached answer compared with the port.
 TEST(Cache, AuditFindsNoDifference) {
     std::ifstream file(std::string(FIXTURES) + "/genapi/kinds.xml");

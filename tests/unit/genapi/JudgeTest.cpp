@@ -4,7 +4,11 @@
 
 #include "genapi/Formula.h"
 #include "genapi/Text.h"
+#include "transport/emulator/CameraModel.h"
 
+#include <pugixml.hpp>
+
+#include <algorithm>
 #include <fstream>
 #include <set>
 #include <sstream>
@@ -67,16 +71,55 @@ using Differences = std::map<std::string, std::string>;
 
 constexpr auto kWriteOnly = "Aravis reads registers that are declared write only";
 
-void Compare(const std::string& file, const std::string& description, const std::vector<std::uint8_t>& memory,
+/// Where Aravis has nothing but an error to say for a whole kind of element, and ours is what the standard
+/// gives that kind.
+struct Gap {
+    std::set<std::string> elements;
+    std::set<std::string> fields;
+    const char* why;
+};
+const std::vector<Gap> kGaps{
+    {{"IntSwissKnife", "SwissKnife"},
+     {"min", "max", "inc"},
+     "a formula that cannot be written has the limits of its number type and an increment of 1"},
+    {{"MaskedIntReg", "StructEntry"}, {"inc"}, "a bit field takes every number that fits into its bits"},
+    {{"FloatReg"}, {"inc"}, "a float register has no increment, which is no error"}};
+
+/// Which element describes a node, by the node's name; an Integer or a Float that leaves the field to its
+/// pValue counts as what is behind it.
+class Elements {
+public:
+    explicit Elements(const std::string& description) { m_document.load_string(description.c_str()); }
+
+    std::string Behind(const std::string& name, const std::string& field) const {
+        pugi::xml_node node = Find(name);
+        const std::map<std::string, std::pair<const char*, const char*>> kOwn{
+            {"min", {"Min", "pMin"}}, {"max", {"Max", "pMax"}}, {"inc", {"Inc", "pInc"}}};
+        const auto own = kOwn.find(field);
+        while (own != kOwn.end() && node.child("pValue") && !node.child(own->second.first) &&
+               !node.child(own->second.second)) {
+            node = Find(node.child_value("pValue"));
+        }
+        return node.name();
+    }
+
+private:
+    pugi::xml_node Find(const std::string& name) const {
+        return m_document.find_node(
+            [&](pugi::xml_node node) { return name == node.attribute("Name").value(); });
+    }
+
+    pugi::xml_document m_document;
+};
+
+void Compare(const std::string& file, const std::string& description, const std::shared_ptr<IPort>& port,
              const Differences& explained) {
-    const auto ourPort = std::make_shared<CountingPort>(0);
-    const auto theirPort = std::make_shared<CountingPort>(0);
-    ourPort->bytes = theirPort->bytes = memory;
-    const auto map = CreateNodeMap(description, ourPort);
-    const AravisEngine aravis(description, theirPort);
+    const auto map = CreateNodeMap(description, port);
+    const AravisEngine aravis(description, port);
     ASSERT_TRUE(aravis.Good()) << file;
     node_vector nodes;
     map->GetNodes(nodes);
+    const Elements elements(description);
     std::set<std::string> met;
     for (INode* node : nodes) {
         const auto type = node->GetPrincipalInterfaceType();
@@ -88,10 +131,10 @@ void Compare(const std::string& file, const std::string& description, const std:
         const auto theirs = aravis.StateOf(name);
         const auto compare = [&](const char* field, const std::string& our, const std::string& their) {
             const auto key = name + "." + field;
-            // Aravis has no range for formulas and no increment for bit fields and float registers, and says
-            // so by an error; ours are the limits of the kind, which the standard asks for.
-            const std::string_view part = field;
-            if (their == "error" && our != "error" && (part == "min" || part == "max" || part == "inc")) {
+            const auto isGap = [&](const Gap& gap) {
+                return gap.fields.count(field) && gap.elements.count(elements.Behind(name, field));
+            };
+            if (their == "error" && our != "error" && std::any_of(kGaps.begin(), kGaps.end(), isGap)) {
                 return;
             }
             if (explained.count(key)) {
@@ -120,6 +163,12 @@ void Compare(const std::string& file, const std::string& description, const std:
     EXPECT_GT(nodes.size(), 3u) << file;
 }
 
+std::shared_ptr<IPort> Memory(std::vector<std::uint8_t> bytes) {
+    const auto port = std::make_shared<CountingPort>(0);
+    port->bytes = std::move(bytes);
+    return port;
+}
+
 std::string Fixture(const std::string& name) {
     std::ifstream file(std::string(FIXTURES) + "/genapi/" + name);
     std::stringstream text;
@@ -136,17 +185,68 @@ std::vector<std::uint8_t> Pattern() {
 }
 
 TEST(Judge, AravisOwnCamera) {
-    Compare("Aravis's camera", AravisEngine::OwnDescription(), AravisEngine::OwnMemory(),
+    Compare("Aravis's camera", AravisEngine::OwnDescription(), Memory(AravisEngine::OwnMemory()),
             {{"AcquisitionCommandRegister.value", kWriteOnly},
              {"TriggerSoftwareCommandRegister.value", kWriteOnly}});
 }
 
 TEST(Judge, EveryKind) {
-    Compare("kinds.xml", Fixture("kinds.xml"), Pattern(),
+    Compare("kinds.xml", Fixture("kinds.xml"), Memory(Pattern()),
             {{"RegWO.value", kWriteOnly},
              {"OverInteger.inc",
               "a float over an integer is rounded when it is written, so any step may be asked for"},
              {"Label.value", "blanks around a text come from the file's layout, not from the camera"}});
+}
+
+/// The registers of an emulated camera, without the camera, as they were when each was first read: clocks
+/// would go on between the two engines' readings.
+class BankPort final : public IPort {
+public:
+    explicit BankPort(Transport::Emulator::RegisterBank& bank) : m_bank(bank) {}
+
+    EAccessMode GetAccessMode() const override { return RW; }
+    void Read(void* buffer, std::int64_t address, std::int64_t length) override {
+        const auto size = static_cast<std::size_t>(length);
+        auto& bytes = m_read[{address, length}];
+        if (bytes.size() != size) {
+            std::vector<std::uint8_t> fresh(size);
+            m_bank.Read(fresh.data(), static_cast<std::uint64_t>(address), size);
+            bytes = std::move(fresh);
+        }
+        std::memcpy(buffer, bytes.data(), size);
+    }
+    void Write(const void* buffer, std::int64_t address, std::int64_t length) override {
+        m_bank.Write(buffer, static_cast<std::uint64_t>(address), static_cast<std::uint64_t>(length));
+    }
+
+private:
+    Transport::Emulator::RegisterBank& m_bank;
+    std::map<std::pair<std::int64_t, std::int64_t>, std::vector<std::uint8_t>> m_read;
+};
+
+TEST(Judge, EmulatedCameras) {
+    using namespace Transport::Emulator;
+    constexpr auto kVarying = "the ends of a range say nothing of what a varying formula makes of it";
+    constexpr auto kChunk = "without an image there are no chunk data";
+    for (const auto kind : {Kind::GigEVision, Kind::Usb3Vision}) {
+        InterfaceSettings interface;
+        interface.kind = kind;
+        CameraSettings camera;
+        CameraModel model(camera, interface, std::make_shared<Flash>());
+        Compare(
+            kind == Kind::GigEVision ? "GigE" : "USB", model.Description(),
+            std::make_shared<BankPort>(model.Bank()),
+            {{"UserOutputValueConverter.min", kVarying},
+             {"UserOutputValueConverter.max", kVarying},
+             {"ChunkFrameID.available", kChunk},
+             {"ChunkTimestamp.available", kChunk},
+             {"ChunkExposureTime.available", kChunk},
+             {"ChunkGain.available", kChunk},
+             {"ChunkInferenceResult.available", kChunk},
+             {"ChunkInferenceConfidence.available", kChunk},
+             {"ChunkInferenceBoundingBoxResult.available", kChunk},
+             {"InferenceControl.available", "a category of which no feature is implemented is not either"}});
+    }
 }
 
 TEST(Judge, Formulas) {
