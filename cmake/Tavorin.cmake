@@ -20,6 +20,12 @@ if(CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
 endif()
 
+# Two dozen programs with debug symbols of the whole house: the usual linker takes longer than the compiler.
+find_program(LLD ld.lld)
+if(LLD)
+  add_link_options(-fuse-ld=lld)
+endif()
+
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual)
 if(TAVORIN_WARNINGS_AS_ERRORS)
   add_compile_options(-Werror)
