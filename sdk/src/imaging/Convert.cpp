@@ -93,6 +93,7 @@ template <class T>
 struct ReaderSource final : MosaicSource<T> {
     explicit ReaderSource(const RowReader& r) : reader(r) {}
     void ReadRow(std::size_t y, T* line) const override { reader.Read(y, line); }
+    const T* DirectRow(std::size_t y) const override { return reader.template Direct<T>(y); }
     const RowReader& reader;
 };
 

@@ -35,7 +35,7 @@ const T* RowReader::Direct(std::size_t y) const noexcept {
                                : m_layout->packing == Packing::Word && m_layout->info.significantBits == 16;
     const std::uint8_t* row = m_view.data + y * m_view.stride;
     if (!sameDepth || (IsColor() && m_layout->components != Components::Bgr) ||
-        reinterpret_cast<std::uintptr_t>(row) % alignof(T) != 0) {
+        reinterpret_cast<std::uintptr_t>(m_view.data) % alignof(T) != 0 || m_view.stride % alignof(T) != 0) {
         return nullptr;
     }
     return reinterpret_cast<const T*>(row);

@@ -24,7 +24,8 @@ public:
     template <class T>
     void Read(std::size_t y, T* out) const;
 
-    /// The row's own bytes when they already are what Read would give for T; else null.
+    /// The row's own bytes when they already are what Read would give for T; else null, and so for every
+    /// row.
     template <class T>
     const T* Direct(std::size_t y) const noexcept;
 

@@ -74,8 +74,9 @@ void Compare(int width, int height, unsigned bits, std::mt19937& random) {
     }
 }
 
-constexpr int kSizes[][2] = {{1, 1},  {2, 1},  {1, 2},  {2, 2},   {3, 3},   {1, 7},    {9, 1},  {5, 4},
-                             {17, 9}, {31, 5}, {33, 8}, {64, 11}, {65, 20}, {131, 37}, {258, 6}};
+constexpr int kSizes[][2] = {{1, 1},   {2, 1},    {1, 2},   {2, 2},   {3, 3},   {1, 7},
+                             {9, 1},   {5, 4},    {17, 9},  {31, 5},  {33, 8},  {64, 11},
+                             {65, 20}, {131, 37}, {258, 6}, {321, 5}, {450, 33}};
 
 /// Makes the library use one instruction set for as long as it lives.
 class OnlyTarget {

@@ -16,7 +16,7 @@ void Bilinear(const WindowRow<T>& row) {
     const T* above = row.rows[1];
     const T* here = row.rows[2];
     const T* below = row.rows[3];
-    ForColorVectors(d, row, [&](std::size_t x, auto& own, auto& green, auto& other) HWY_ATTR {
+    ForColorVectors(d, row, [&](std::size_t x, auto& own, auto& green, auto& other) NORVANE_INNER {
         const auto center = hn::LoadU(d, here + x);
         const auto west = hn::LoadU(d, here + x - 1), east = hn::LoadU(d, here + x + 1);
         const auto north = hn::LoadU(d, above + x), south = hn::LoadU(d, below + x);

@@ -5,6 +5,8 @@
 #include "imaging/Demosaic/Lines.h"
 #include "imaging/Demosaic/WindowKernels.h"
 
+#include <cstring>
+
 namespace Norvane::Imaging {
 namespace {
 
@@ -21,8 +23,75 @@ void RepeatRows(const MosaicShape& shape, const MosaicSource<T>& source, ColorSi
 }
 
 template <class T>
-void WindowRows(void (*kernel)(const WindowRow<T>&), std::size_t reach, const MosaicShape& shape,
+using RowKernel = void (*)(const WindowRow<T>&);
+
+/// Columns that a kernel's whole vectors cover, whatever the instruction set.
+constexpr std::size_t kColumnUnit = 64;
+
+/// The columns of each row at one of its ends, with what lies beyond the border and beside them.
+template <class T>
+class EdgeColumns {
+public:
+    EdgeColumns(Scratch& scratch, std::size_t width, std::size_t reach, std::size_t first, std::size_t count)
+        : m_ring(scratch, count), m_width(width), m_reach(reach), m_first(first), m_count(count) {}
+
+    void Add(std::ptrdiff_t y, const T* row) {
+        T* line = m_ring.Line(y);
+        const auto before = static_cast<std::ptrdiff_t>(m_first);
+        std::memcpy(line, row + m_first, m_count * sizeof(T));
+        for (std::ptrdiff_t i = 1; i <= static_cast<std::ptrdiff_t>(m_reach); ++i) {
+            const auto after = static_cast<std::ptrdiff_t>(m_count) - 1 + i;
+            line[-i] = row[Reflect(before - i, m_width)];
+            line[after] = row[Reflect(before + after, m_width)];
+        }
+    }
+
+    const T* Line(std::ptrdiff_t y) const { return m_ring.Line(y); }
+
+private:
+    LineRing<T, 8> m_ring;
+    std::size_t m_width, m_reach, m_first, m_count;
+};
+
+/// Rows that lie in memory as the kernels want them: only what has neighbours beyond the border is copied.
+template <class T>
+void DirectRows(RowKernel<T> kernel, std::size_t reach, const MosaicShape& shape,
                 const MosaicSource<T>& source, ColorSink<T>& sink, std::size_t first, std::size_t last) {
+    const std::size_t width = shape.width;
+    const std::size_t rest = (width - reach) / kColumnUnit * kColumnUnit;
+    Scratch scratch;
+    EdgeColumns<T> left(scratch, width, reach, 0, kColumnUnit);
+    EdgeColumns<T> right(scratch, width, reach, rest, width - rest);
+    const auto rowAt = [&](std::ptrdiff_t y) { return source.DirectRow(Reflect(y, shape.height)); };
+    const auto begin = static_cast<std::ptrdiff_t>(first), end = static_cast<std::ptrdiff_t>(last);
+    const auto away = static_cast<std::ptrdiff_t>(reach);
+    for (auto y = begin; y < end; ++y) {
+        for (auto row = y == begin ? y - away : y + away; row <= y + away; ++row) {
+            left.Add(row, rowAt(row));
+            right.Add(row, rowAt(row));
+        }
+        T* out = sink.BeginRow(static_cast<std::size_t>(y));
+        const auto columns = [&](std::size_t from, std::size_t to, auto&& lineOf) {
+            WindowRow<T> part{{}, out + 3 * from, to - from, PhaseOfRow(shape.phase, y)};
+            for (std::ptrdiff_t i = -away; i <= away; ++i) {
+                part.rows[2 + i] = lineOf(y + i);
+            }
+            kernel(part);
+        };
+        columns(0, kColumnUnit, [&](std::ptrdiff_t row) { return left.Line(row); });
+        columns(kColumnUnit, rest, [&](std::ptrdiff_t row) { return rowAt(row) + kColumnUnit; });
+        columns(rest, width, [&](std::ptrdiff_t row) { return right.Line(row); });
+        sink.EndRow(static_cast<std::size_t>(y));
+    }
+}
+
+template <class T>
+void WindowRows(RowKernel<T> kernel, std::size_t reach, const MosaicShape& shape,
+                const MosaicSource<T>& source, ColorSink<T>& sink, std::size_t first, std::size_t last) {
+    if (shape.width >= 4 * kColumnUnit && source.DirectRow(0)) {
+        DirectRows(kernel, reach, shape, source, sink, first, last);
+        return;
+    }
     Scratch scratch;
     MosaicWindow<T, 8> window(scratch, shape, source, reach);
     for (std::size_t row = first; row < last; ++row) {

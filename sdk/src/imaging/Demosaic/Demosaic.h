@@ -14,6 +14,8 @@ class MosaicSource {
 public:
     /// Writes row `y` of the mosaic, `width` samples, to `line`.
     virtual void ReadRow(std::size_t y, T* line) const = 0;
+    /// Row `y` where it lies in memory as ReadRow would write it; null for all rows or for none.
+    virtual const T* DirectRow(std::size_t y) const = 0;
 
 protected:
     ~MosaicSource() = default;

@@ -82,14 +82,14 @@ void EdgeSensing(const Band<T>& band) {
         const auto greenMask = GreenMask(d, phase.greenFirst);
         const auto row = static_cast<std::size_t>(y);
         const WindowRow<T> out{{}, band.sink.BeginRow(row), shape.width, phase};
-        ForColorVectors(d, out, [&](std::size_t x, auto& own, auto& green, auto& other) HWY_ATTR {
-            const auto corners = [&](const T* up, const T* down) HWY_ATTR {
+        ForColorVectors(d, out, [&](std::size_t x, auto& own, auto& green, auto& other) NORVANE_INNER {
+            const auto corners = [&](const T* up, const T* down) NORVANE_INNER {
                 // Rounded twice; the difference of two such means is what counts.
                 return hn::AverageRound(
                     hn::AverageRound(hn::LoadU(d, up + x - 1), hn::LoadU(d, up + x + 1)),
                     hn::AverageRound(hn::LoadU(d, down + x - 1), hn::LoadU(d, down + x + 1)));
             };
-            const auto pair = [&](const T* one, const T* two) HWY_ATTR {
+            const auto pair = [&](const T* one, const T* two) NORVANE_INNER {
                 return hn::AverageRound(hn::LoadU(d, one + x), hn::LoadU(d, two + x));
             };
             green = hn::LoadU(d, greenHere + x);

@@ -68,17 +68,17 @@ void HqLinear(const WindowRow<T>& row) {
     const hn::RebindToUnsigned<decltype(dw)> du;
     using V = hn::Vec<decltype(dw)>;
     const auto top = hn::Set(dw, static_cast<Wide>(static_cast<T>(~T{0})));
-    const auto join = [&](V even, V odd) HWY_ATTR {
+    const auto join = [&](V even, V odd) NORVANE_INNER {
         even = hn::Min(hn::Max(even, hn::Zero(dw)), top);
         odd = hn::Min(hn::Max(odd, hn::Zero(dw)), top);
         return hn::BitCast(d,
                            hn::Or(hn::BitCast(du, even), hn::ShiftLeft<8 * sizeof(T)>(hn::BitCast(du, odd))));
     };
-    ForColorVectors(d, row, [&](std::size_t x, auto& own, auto& green, auto& other) HWY_ATTR {
+    ForColorVectors(d, row, [&](std::size_t x, auto& own, auto& green, auto& other) NORVANE_INNER {
         const auto west = LoadColumns(dw, row.rows[2] + x - 2);
         const auto here = LoadColumns(dw, row.rows[2] + x);
         const auto east = LoadColumns(dw, row.rows[2] + x + 2);
-        const auto sum = [&](int step, std::ptrdiff_t offset) HWY_ATTR {
+        const auto sum = [&](int step, std::ptrdiff_t offset) NORVANE_INNER {
             const auto up = LoadColumns(dw, row.rows[2 - step] + x + offset);
             const auto down = LoadColumns(dw, row.rows[2 + step] + x + offset);
             return Columns<V>{hn::Add(up.even, down.even), hn::Add(up.odd, down.odd)};

@@ -15,7 +15,7 @@ void Nearest(const WindowRow<T>& row) {
     const auto greenMask = GreenMask(d, row.phase.greenFirst);
     const T* here = row.rows[2];
     const T* below = row.rows[3];
-    ForColorVectors(d, row, [&](std::size_t x, auto& own, auto& green, auto& other) HWY_ATTR {
+    ForColorVectors(d, row, [&](std::size_t x, auto& own, auto& green, auto& other) NORVANE_INNER {
         const auto center = hn::LoadU(d, here + x), east = hn::LoadU(d, here + x + 1);
         const auto south = hn::LoadU(d, below + x), southEast = hn::LoadU(d, below + x + 1);
         own = hn::IfThenElse(greenMask, east, center);

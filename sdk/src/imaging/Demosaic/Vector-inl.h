@@ -10,6 +10,7 @@
 #include "imaging/Demosaic/WindowKernels.h"
 
 #include <cstring>
+#include <type_traits>
 
 HWY_BEFORE_NAMESPACE();
 namespace Norvane::Imaging::HWY_NAMESPACE {
@@ -33,6 +34,9 @@ HWY_INLINE V MeanOfFour(D d, V a, V b, V meanAB, V c, V e, V meanCE) {
     return hn::Sub(hn::AverageRound(meanAB, meanCE), excess);
 }
 
+/// Of a function object in a row's inner loop. Called once per vector it would load its constants each time.
+#define NORVANE_INNER HWY_ATTR __attribute__((always_inline))
+
 /// Calls `pixels(x, own, green, other)` for each vector of the row and stores what it gives: the row's own
 /// colour (red in a red row), green, and the colour of the rows beside it.
 template <class D, class T, class Function>
@@ -40,23 +44,25 @@ HWY_INLINE void ForColorVectors(D d, const WindowRow<T>& row, Function&& pixels)
     using V = hn::Vec<D>;
     constexpr std::size_t kMost = HWY_MAX_BYTES / sizeof(T);
     const std::size_t lanes = hn::Lanes(d);
-    const auto store = [&](std::size_t x, T* out) HWY_ATTR {
-        V own, green, other;
-        pixels(x, own, green, other);
-        if (row.phase.redRow) {
-            hn::StoreInterleaved3(other, green, own, d, out);
-        } else {
-            hn::StoreInterleaved3(own, green, other, d, out);
+    const std::size_t width = row.width;
+    T* const out = row.out;
+    HWY_ALIGN T last[3 * kMost];
+    const auto all = [&](auto redRow) NORVANE_INNER {
+        for (std::size_t x = 0; x < width; x += lanes) {
+            V own, green, other;
+            pixels(x, own, green, other);
+            const bool whole = x + lanes <= width;
+            hn::StoreInterleaved3(redRow ? other : own, green, redRow ? own : other, d,
+                                  whole ? out + 3 * x : last);
+            if (!whole) {
+                std::memcpy(out + 3 * x, last, 3 * (width - x) * sizeof(T));
+            }
         }
     };
-    std::size_t x = 0;
-    for (; x + lanes <= row.width; x += lanes) {
-        store(x, row.out + 3 * x);
-    }
-    if (x < row.width) {
-        HWY_ALIGN T last[3 * kMost];
-        store(x, last);
-        std::memcpy(row.out + 3 * x, last, 3 * (row.width - x) * sizeof(T));
+    if (row.phase.redRow) {
+        all(std::true_type());
+    } else {
+        all(std::false_type());
     }
 }
 
