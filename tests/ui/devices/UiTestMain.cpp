@@ -6,12 +6,6 @@
 
 #include <gtest/gtest.h>
 
-/// What the leak checker must not hold against a test: tables that libraries behind Qt keep until the process
-/// ends.
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libdbus-1.so\nleak:libfontconfig.so\n";
-}
-
 /// Ends the program with an error when memory is lost; null in a build without the leak checker.
 extern "C" void __lsan_do_leak_check() __attribute__((weak));
 

@@ -5,19 +5,6 @@
 #include <sched.h>
 #include <unistd.h>
 
-#if defined(__SANITIZE_THREAD__)
-/// The thread sanitizer does not see the locks of libraries that were built without it.
-extern "C" const char* __tsan_default_suppressions() {
-    return "called_from_lib:libaravis-0.8.so\n"
-           "called_from_lib:libgio-2.0.so\n"
-           "called_from_lib:libglib-2.0.so\n"
-           "race:libaravis-0.8.so\n"
-           "race:libglib-2.0.so\n"
-           "race:OnControlLost\n"
-           "mutex:libgobject-2.0.so\n";
-}
-#endif
-
 bool Shell(const char* command) {
     return std::system(command) == 0;
 }
