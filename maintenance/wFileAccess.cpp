@@ -32,8 +32,11 @@ using namespace Norvane::GenApi;
 
 namespace {
 
-/// More often than this nobody sees a number change, and drawing it would cost more than a fast link's chunk.
-constexpr qint64 kProgressIntervalMs = 40;
+/// A window that answers within this time feels alive.
+constexpr qint64 kProgressIntervalMs = 100;
+/// The transfer goes on for this many times as long as drawing the progress took: a window that also shows
+/// images may draw slower than a fast link moves many chunks.
+constexpr qint64 kWorkPerDrawing = 5;
 /// What a byte array can hold.
 constexpr std::int64_t kLargestFile = std::numeric_limits<int>::max() - 64;
 
@@ -47,6 +50,24 @@ Listeners& listeners() {
     static Listeners instance;
     return instance;
 }
+
+/// Tells when a running transfer is to draw its progress again.
+class DrawingPace {
+public:
+    DrawingPace() { m_clock.start(); }
+    bool IsTime() const { return m_clock.hasExpired(m_intervalMs); }
+    /// @param draw  draws, and processes whatever else waits.
+    template <class Draw>
+    void Run(Draw&& draw) {
+        m_clock.restart();
+        draw();
+        m_intervalMs = std::max(kProgressIntervalMs, m_clock.restart() * kWorkPerDrawing);
+    }
+
+private:
+    QElapsedTimer m_clock;
+    qint64 m_intervalMs = kProgressIntervalMs;
+};
 
 /// The whole content of a file; nothing when it cannot be read, or is no plain file at all.
 std::optional<QByteArray> readFile(const QString& path) {
@@ -258,10 +279,20 @@ void wFileAccess::processEvents() {
     QCoreApplication::processEvents();
 }
 
+void wFileAccess::setProgress(int percent) {
+    // Left to itself the bar draws at once, and with it all that waits in the window.
+    m_progress->setUpdatesEnabled(false);
+    if (percent < 0) {
+        m_progress->reset();
+    } else {
+        m_progress->setValue(percent);
+    }
+    m_progress->setUpdatesEnabled(true);
+}
+
 void wFileAccess::showProgress(std::int64_t moved, std::int64_t total) {
-    m_progress->setValue(static_cast<int>(moved * 100 / total));
+    setProgress(static_cast<int>(moved * 100 / total));
     setStatus(QStringLiteral("%1/%2 bytes").arg(moved).arg(total));
-    processEvents();
 }
 
 void wFileAccess::OnUploadButtonClicked() {
@@ -292,7 +323,7 @@ void wFileAccess::OnUploadButtonClicked() {
         return;
     }
     m_progress->show();
-    m_progress->reset();
+    setProgress(-1);
     setStatus(tr("Uploading..."));
     const CameraFile::ChunkAnswer answer = file.PrepareChunks();
     if (answer == CameraFile::ChunkAnswer::LengthNotWritable) {
@@ -308,7 +339,7 @@ void wFileAccess::OnUploadButtonClicked() {
     }
 
     emit FileOperationStatusChanged(true);
-    m_progress->setValue(0);
+    setProgress(0);
     const bool success = upload(file, *content);
     if (!file.Close() && self) {
         setStatus(tr("Problem closing file node."));
@@ -324,8 +355,7 @@ void wFileAccess::OnUploadButtonClicked() {
 bool wFileAccess::upload(CameraFile& file, const QByteArray& content) {
     const QPointer<wFileAccess> self(this);
     const std::int64_t total = content.size();
-    QElapsedTimer sinceProgress;
-    sinceProgress.start();
+    DrawingPace pace;
     for (std::int64_t written = 0; written < total;) {
         const std::int64_t count =
             file.WriteChunk(content.constData() + written, std::min(file.ChunkLength(), total - written));
@@ -334,8 +364,10 @@ bool wFileAccess::upload(CameraFile& file, const QByteArray& content) {
             return false;
         }
         written += count;
-        if (written == total || sinceProgress.hasExpired(kProgressIntervalMs)) {
-            sinceProgress.restart();
+        if (pace.IsTime()) {
+            showProgress(written, total);
+            pace.Run(&wFileAccess::processEvents);
+        } else if (written == total) {
             showProgress(written, total);
         }
         if (!self) {
@@ -382,9 +414,9 @@ void wFileAccess::OnDownloadButtonClicked() {
 
     emit FileOperationStatusChanged(true);
     m_progress->show();
-    m_progress->reset();
+    setProgress(-1);
     setStatus(tr("Downloading..."));
-    m_progress->setValue(0);
+    setProgress(0);
     const std::optional<QByteArray> content = download(file, size);
     const bool success = content && target.write(*content) == content->size() && target.commit();
     if (!file.Close() && self) {
@@ -402,16 +434,17 @@ void wFileAccess::OnDownloadButtonClicked() {
 std::optional<QByteArray> wFileAccess::download(CameraFile& file, std::int64_t size) {
     const QPointer<wFileAccess> self(this);
     QByteArray content(static_cast<int>(size), Qt::Uninitialized);
-    QElapsedTimer sinceProgress;
-    sinceProgress.start();
+    DrawingPace pace;
     for (std::int64_t read = 0; read < size;) {
         const std::int64_t count = file.ReadChunk(content.data() + read, size - read);
         if (!self || count <= 0) {
             return std::nullopt;
         }
         read += count;
-        if (read == size || sinceProgress.hasExpired(kProgressIntervalMs)) {
-            sinceProgress.restart();
+        if (pace.IsTime()) {
+            showProgress(read, size);
+            pace.Run(&wFileAccess::processEvents);
+        } else if (read == size) {
             showProgress(read, size);
         }
         if (!self) {

@@ -53,6 +53,8 @@ private:
     void populateFileSelector();
     void updateWriteToFlash();
     void setStatus(const QString& text);
+    /// @param percent  a negative number for a bar that has not begun.
+    void setProgress(int percent);
     void showProgress(std::int64_t moved, std::int64_t total);
     bool upload(CameraFile& file, const QByteArray& content);
     std::optional<QByteArray> download(CameraFile& file, std::int64_t size);
