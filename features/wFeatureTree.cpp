@@ -21,6 +21,7 @@
 #include <QStyle>
 #include <QTextDocument>
 #include <QThread>
+#include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -471,7 +472,10 @@ void wFeatureTree::Callback(INode* node) {
     if (!tree) {
         return;
     }
-    if (QThread::currentThread() == tree->thread()) {
+    // A tree that nobody sees reads the camera only now and then: behind a slow link that would hold up what
+    // is being done in the window's other parts.
+    const bool sameThread = QThread::currentThread() == tree->thread();
+    if (sameThread && tree->isVisible()) {
         // The slot runs at once and may make other nodes call back.
         lock.unlock();
         emit tree->NodeUpdated(node);
@@ -484,7 +488,11 @@ void wFeatureTree::Callback(INode* node) {
             return;
         }
     }
-    emit tree->NodeUpdated(node);
+    if (sameThread) {
+        QTimer::singleShot(0, tree, [tree, node] { emit tree->NodeUpdated(node); });
+    } else {
+        emit tree->NodeUpdated(node);
+    }
 }
 
 void wFeatureTree::takePending(INode* node) {
