@@ -167,9 +167,17 @@ void AravisStream::ReadChunks(ArvBuffer* buffer, const std::uint8_t* memory, std
                                                                              : ChunkByteOrder::LittleEndian;
     frame.size = std::min(frame.size, ImageBytes(frame));
     ChunkLayout layout = ParseChunks(memory, received, std::min(frame.size, received), order);
-    frame.chunks = std::move(layout.chunks);
-    if (!layout.valid) {
-        frame.status = IMAGE_CHUNK_DATA_INVALID;
+    if (layout.valid) {
+        frame.chunks = std::move(layout.chunks);
+        return;
+    }
+    // One wrong length moves all chunks before it, so none of them can be trusted.
+    frame.status = IMAGE_CHUNK_DATA_INVALID;
+    if (!m_toldOfChunks) {
+        m_toldOfChunks = true;
+        Log(LogLevel::Warning, m_core->Target().label +
+                                   ": the chunk data behind an image are cut off or have a wrong length, so "
+                                   "they are left out; further images of this stream are not reported");
     }
 }
 

@@ -35,6 +35,7 @@ private:
     std::uint64_t m_latestTimestampNs = 0;
     std::uint64_t m_wakerKey;
     FrameIds m_frameIds;
+    bool m_toldOfChunks = false; ///< of chunk data that cannot be split
     std::atomic<std::uint64_t> m_delivered{0};
     std::atomic<std::uint64_t> m_corrupt{0};
 };
