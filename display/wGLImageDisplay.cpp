@@ -21,6 +21,8 @@ namespace {
 constexpr float kZoomStep = 1.15F;
 constexpr float kMaxZoomLevel = 10.0F;
 constexpr int kBytesPerPixel = 3;
+/// Pixels of the surface that is drawn into; each takes 8 bytes with its depth and stencil.
+constexpr double kMaxSurfaceArea = 100e6;
 
 float factorOf(float zoomLevel) {
     return std::pow(kZoomStep, zoomLevel);
@@ -40,6 +42,8 @@ QSize scaled(const QSize& image, float factor) {
 } // namespace
 
 wGLImageDisplay::wGLImageDisplay(QWidget* parent) : QOpenGLWidget(parent) {
+    // Otherwise the whole surface is cleared before each frame, however little of it is visible.
+    setUpdateBehavior(PartialUpdate);
     const QImage logo(QStringLiteral(":images/logo.png"));
     const QString fineLogo = QStringLiteral(":images/logo@2x.png");
     const bool useFineLogo = devicePixelRatioF() > 1.0 && QFile::exists(fineLogo);
@@ -196,6 +200,7 @@ void wGLImageDisplay::ShowAgain() {
 void wGLImageDisplay::initializeGL() {
     makeCurrent();
     initializeOpenGLFunctions();
+    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &m_maxSurfaceSide);
     m_contextConnection = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {
         makeCurrent();
         ReleaseGL();
@@ -222,6 +227,19 @@ void wGLImageDisplay::ReleaseGL() {
         pixelBuffer = PixelBuffer();
     }
     m_renderer.Destroy(*this);
+}
+
+int wGLImageDisplay::metric(PaintDeviceMetric which) const {
+    const int value = QOpenGLWidget::metric(which);
+    if (which != PdmDevicePixelRatio && which != PdmDevicePixelRatioScaled) {
+        return value;
+    }
+    const double ratio = which == PdmDevicePixelRatio ? value : value / devicePixelRatioFScale();
+    const double side = std::max({width(), height(), 1});
+    const double area = std::max(1.0 * width() * height(), 1.0);
+    const double fitting = std::min({ratio, m_maxSurfaceSide / side, std::sqrt(kMaxSurfaceArea / area)});
+    return which == PdmDevicePixelRatio ? std::max(static_cast<int>(fitting), 1)
+                                        : static_cast<int>(fitting * devicePixelRatioFScale());
 }
 
 void wGLImageDisplay::resizeGL(int width, int height) {

@@ -81,6 +81,9 @@ protected:
     void initializeGL() override;
     void resizeGL(int width, int height) override;
     void paintGL() override;
+    /// A zoomed image may be larger than the graphics system can draw at the screen's density; it is then
+    /// drawn coarser and enlarged.
+    int metric(PaintDeviceMetric which) const override;
     void timerEvent(QTimerEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
 
@@ -127,6 +130,7 @@ private:
     float m_zoomLevel = 0.0F;
     float m_zoomFactor = 1.0F;
     QImage m_logo;
+    int m_maxSurfaceSide = 4096; // device pixels; at least this on any system, known when the context is
     FrameRateCalculator m_paintRateCalculator{10};
     FrameRateCalculator m_updateRateCalculator{10};
     Norvane::CameraPtr m_camera;

@@ -171,6 +171,7 @@ void wImageDisplay::setupImageArea() {
     m_scrollArea->setAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
     m_scrollArea->setWidgetResizable(true);
     m_scrollArea->setWidget(m_glDisplay);
+    m_glDisplay->setAutoFillBackground(false); // which the scroll area sets; each painter would clear it all
     m_imageAreaLayout = new QGridLayout(m_imageArea);
     m_imageAreaLayout->setSpacing(0);
     m_imageAreaLayout->setContentsMargins(0, 0, 0, 0);

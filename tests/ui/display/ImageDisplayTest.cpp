@@ -277,4 +277,23 @@ TEST_F(ClosingTest, AfterTheCameraWasUnpluggedInMidSingleGrab) {
     CloseDisplay();
 }
 
+TEST_F(ImageDisplayTest, AnImageLargerThanTheGraphicsSystemDrawsIsStillSeen) {
+    Open("width = 5000\nheight = 64\npixel-format = Mono8");
+    StreamUntilShown();
+    Click("actionStopStream");
+    for (int i = 0; i < 10; ++i) {
+        Click("actionZoomIn");
+    }
+    EXPECT_EQ(Gl()->width(),
+              static_cast<int>(5000 * Gl()->getZoomFactor())); // 20227: no surface is that wide
+    QApplication::processEvents();
+    const QImage seen = Gl()->grabFramebuffer();
+    ASSERT_FALSE(seen.isNull());
+    int bright = 0;
+    for (int x = 0; x < seen.width(); ++x) {
+        bright += seen.pixelColor(x, seen.height() / 2).lightness() > 20 ? 1 : 0;
+    }
+    EXPECT_GT(bright, 0);
+}
+
 } // namespace
