@@ -19,6 +19,8 @@ namespace {
 /// More than any network knows; a file with more lines is no label file.
 constexpr int kMaxClasses = 100'000;
 constexpr qint64 kMaxLineLength = 4096; // characters
+/// Reading more than this would hold up the window.
+constexpr qint64 kMaxFileSize = 8 << 20; // bytes
 
 QString percent(double fraction) {
     return QString::number(fraction * 100.0, 'f', 2) + QLatin1Char('%');
@@ -68,7 +70,7 @@ void InferenceOverlay::ReadClassLabelFile() {
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         return;
     }
-    QTextStream text(&file);
+    QTextStream text(file.read(kMaxFileSize));
     text.setCodec("UTF-8");
     for (int classNumber = 0; classNumber < kMaxClasses && !text.atEnd(); ++classNumber) {
         QString line = text.readLine(kMaxLineLength);

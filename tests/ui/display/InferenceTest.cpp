@@ -1,5 +1,7 @@
 #include "DisplayFixture.h"
 
+#include "imaging/ChunkValues.h"
+#include "imaging/ImageFactory.h"
 #include "wInferenceDialog.h"
 
 #include <QCheckBox>
@@ -9,10 +11,14 @@
 #include <QFontDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPainter>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTemporaryDir>
+
+#include <cmath>
+#include <limits>
 
 using Norvane::Test::SetText;
 
@@ -45,6 +51,74 @@ TEST(InferenceOverlay, LabelFilesNameTheClasses) {
         }
         overlay.SetClassLabelLocation(folder.path()); // a folder: what was read before is forgotten
         EXPECT_EQ(overlay.ClassLabel(0), "0") << row.name;
+    }
+}
+
+Norvane::ImagePtr imageWith(const Norvane::ChunkData::Values& values) {
+    static std::uint8_t pixels[16 * 16];
+    Norvane::Imaging::ImageLayout layout;
+    layout.format = Norvane::PixelFormat_Mono8;
+    layout.width = 16;
+    layout.height = 16;
+    return Norvane::Imaging::MakeImage(
+        layout, pixels, sizeof pixels, nullptr,
+        Norvane::ChunkData(std::make_shared<Norvane::ChunkData::Values>(values)));
+}
+
+/// The smallest rectangle around everything that the overlay draws for one box; empty for nothing.
+QRect drawnFor(const Norvane::InferenceBoundingBox& box, float zoomFactor) {
+    Norvane::ChunkData::Values values;
+    values.boundingBoxes = Norvane::InferenceBoundingBoxResult({box});
+    QImage canvas(300, 200, QImage::Format_RGB32);
+    canvas.fill(Qt::white);
+    InferenceOverlay overlay;
+    QPainter painter(&canvas);
+    overlay.Prepare(painter, zoomFactor);
+    EXPECT_EQ(overlay.DrawDetection(painter, imageWith(values), zoomFactor), "");
+    painter.end();
+    QRect drawn;
+    for (int y = 0; y < canvas.height(); ++y) {
+        for (int x = 0; x < canvas.width(); ++x) {
+            drawn |= canvas.pixel(x, y) == qRgb(255, 255, 255) ? QRect() : QRect(x, y, 1, 1);
+        }
+    }
+    return drawn;
+}
+
+TEST(InferenceOverlay, BoxesStandWhereTheCameraSawThemAndBadOnesDoNoHarm) {
+    using Box = Norvane::InferenceBoundingBox;
+    constexpr float kNothing = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kSecondZoomLevel = 1.15F * 1.15F;
+    const QRect drawn = drawnFor({Box::Rectangle, 0, 0.5F, 10, 20, 110, 70}, kSecondZoomLevel);
+    const QRect expected(13, 26, 133, 67); // an outline of 132 x 66 takes one pixel more
+    EXPECT_TRUE(drawn.adjusted(-1, -1, 1, 1).contains(expected) &&
+                expected.adjusted(-1, -1, 1, 1).contains(drawn))
+        << drawn.x() << ' ' << drawn.y() << ' ' << drawn.width() << ' ' << drawn.height();
+
+    EXPECT_TRUE(drawnFor({Box::Circle, 0, 0.5F, 10, 20, 110, 70}, 1).isEmpty());
+    EXPECT_TRUE(drawnFor({static_cast<Box::BoxType>(777), 0, 0.5F, 10, 20, 110, 70}, 1).isEmpty());
+    EXPECT_TRUE(drawnFor({Box::Rectangle, 0, 0.5F, 5000, 5000, 6000, 6000}, 1).isEmpty());
+    drawnFor({Box::Rectangle, -5, 7e30F, 110, 70, 10, 20}, 1); // reversed corners, confidence beyond all
+    drawnFor({Box::Rectangle, 0, kNothing, -32768, -32768, 32767, 32767}, 4);
+}
+
+TEST(InferenceOverlay, TheClassificationsTextFollowsThreshold) {
+    struct Row {
+        double threshold, confidence;
+        const char* text;
+    };
+    const Row rows[] = {
+        {0.5, 0.499, "Classification Threshold Not Met"},    {0.5, 0.5, "Class: 7<br>Confidence: 50.00%"},
+        {0.0, -1.0, "Classification Threshold Not Met"},     {1.0, 3.0, "Class: 7<br>Confidence: 300.00%"},
+        {0.5, std::nan(""), "Class: 7<br>Confidence: nan%"}, // no threshold is greater than that
+    };
+    for (const Row& row : rows) {
+        Norvane::ChunkData::Values values;
+        values.inferenceResult = 7;
+        values.inferenceConfidence = row.confidence;
+        InferenceOverlay overlay;
+        overlay.SetThreshold(row.threshold);
+        EXPECT_EQ(overlay.DescribeClassification(imageWith(values)), row.text);
     }
 }
 
