@@ -19,6 +19,7 @@ Commands:
   execute SERIAL FEATURE         runs a command and waits until it is done
   describe FILE                  every feature of a description file (XML, or zipped)
   snap SERIAL FILE               takes one image; the file name's extension gives the format
+  check                          what on this host limits its cameras, and what mends it
 
 SERIAL is the number of a camera or the device's own serial text, as "norvane list" shows them.
 
@@ -34,7 +35,7 @@ Options:
   -h, --help     prints help, also for one command: norvane COMMAND --help
 
 Exit status: 0 success, 1 the operation failed, 2 wrong usage, 3 no such camera or interface,
-4 no such feature, 5 the feature refused (access or value).
+4 no such feature, 5 the feature refused (access or value), 6 check found what limits cameras.
 )";
 
 const std::map<std::string_view, std::string_view> kCommandHelp = {
@@ -65,6 +66,12 @@ Executes a command feature and waits until the device reports it done.
 
 Loads a camera description (GenICam XML, or a zip archive that holds it) over a register file of zeros and prints
 every feature as "features" does, the not implemented ones too. Needs no camera.
+)"},
+    {"check", R"(Usage: norvane check [--json]
+
+Looks at network adapters, socket buffers, firewall, USB and processors of this host and at the cameras that answer,
+and tells what limits them and what mends it. Changes nothing and needs no rights. Exit status 6 when something limits
+cameras; advice alone leaves it 0.
 )"},
     {"snap", R"(Usage: norvane snap SERIAL FILE [--timeout MS] [--json]
 

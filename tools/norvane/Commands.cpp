@@ -6,6 +6,7 @@
 #include "JsonWriter.h"
 #include "ReportPrinter.h"
 #include "Snap.h"
+#include "check/Check.h"
 
 #include "norvane/genapi/NodeMapFactory.h"
 
@@ -337,17 +338,29 @@ std::string describe(const Arguments& arguments) {
     return featuresOutput(readFeatures(*map), arguments.json);
 }
 
+// --- this host
+
+CommandResult check(const Arguments& arguments) {
+    requireOperands(arguments, 0);
+    const Findings findings = checkMachine();
+    return {arguments.json ? checkAsJson(findings) : checkAsText(findings),
+            limits(findings) ? kLimited : kSuccess};
+}
+
 } // namespace
 
-std::string runCommand(const Arguments& arguments) {
+CommandResult runCommand(const Arguments& arguments) {
     if (arguments.version) {
-        return "norvane " NORVANE_TOOL_VERSION "\n";
+        return {"norvane " NORVANE_TOOL_VERSION "\n"};
     }
     if (arguments.help) {
-        return helpText(arguments.command);
+        return {helpText(arguments.command)};
     }
     if (arguments.command.empty()) {
         throw Failure(kUsage, "no command given; see norvane --help");
+    }
+    if (arguments.command == "check") {
+        return check(arguments);
     }
     static const std::map<std::string, std::string (*)(const Arguments&)> kCommands = {
         {"list", &list},       {"features", &features}, {"get", &get},        {"set", &set},
@@ -357,7 +370,7 @@ std::string runCommand(const Arguments& arguments) {
     if (command == kCommands.end()) {
         throw Failure(kUsage, "unknown command \"" + arguments.command + "\"; see norvane --help");
     }
-    return command->second(arguments);
+    return {command->second(arguments)};
 }
 
 int exitCodeOf(const Norvane::Exception& error) {

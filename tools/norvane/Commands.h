@@ -1,14 +1,21 @@
 #pragma once
 
 #include "Arguments.h"
+#include "Failure.h"
 
 #include "norvane/Exception.h"
 
 #include <string>
 
-/// Carries out one command line and gives what belongs on standard output.
+/// What a command that did its work hands to the shell.
+struct CommandResult {
+    std::string output; ///< for standard output
+    ExitCode exitCode = kSuccess;
+};
+
+/// Carries out one command line.
 /// @throws Failure, or Norvane::Exception for what the library refuses.
-std::string runCommand(const Arguments& arguments);
+CommandResult runCommand(const Arguments& arguments);
 
 /// The exit code that stands for a refusal of the library's.
 int exitCodeOf(const Norvane::Exception& error);

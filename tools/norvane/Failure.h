@@ -11,6 +11,7 @@ enum ExitCode {
     kNoDevice = 3,   ///< no such camera or interface
     kNoFeature = 4,  ///< no such feature
     kNotAllowed = 5, ///< the feature cannot be read, written or executed now, or does not take the value
+    kLimited = 6,    ///< check found something that limits cameras
 };
 
 /// Ends a command. The text becomes one line on standard error.

@@ -37,12 +37,12 @@ int main(int argc, char** argv) {
     try {
         const Arguments arguments = parseArguments(std::vector<std::string>(argv + 1, argv + argc));
         verbose = arguments.verbose;
-        const std::string output = runCommand(arguments);
+        const auto [output, exitCode] = runCommand(arguments);
         const bool written = std::fwrite(output.data(), 1, output.size(), stdout) == output.size();
         if (!written || std::fflush(stdout) != 0) {
             return report(kFailed, "cannot write the output");
         }
-        return kSuccess;
+        return exitCode;
     } catch (const Failure& failure) {
         return report(failure.exitCode(), failure.what());
     } catch (const Norvane::Exception& error) {

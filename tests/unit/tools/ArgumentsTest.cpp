@@ -48,9 +48,9 @@ TEST(Arguments, WrongUsageIsToldWithItsOwnExitCode) {
 
 TEST(Arguments, EveryCommandHasHelp) {
     const std::string general = helpText("");
-    for (const char* command : {"list", "features", "get", "set", "execute", "describe", "snap"}) {
+    for (const char* command : {"list", "features", "get", "set", "execute", "describe", "snap", "check"}) {
         EXPECT_THAT(general, HasSubstr(std::string("\n  ") + command)) << command;
-        EXPECT_THAT(runCommand(parseArguments({command, "--help"})),
+        EXPECT_THAT(runCommand(parseArguments({command, "--help"})).output,
                     HasSubstr(std::string("Usage: norvane ") + command));
     }
 }

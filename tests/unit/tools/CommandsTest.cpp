@@ -31,7 +31,9 @@ protected:
         std::ofstream(m_folder / name, std::ios::binary) << content;
         return (m_folder / name).string();
     }
-    static std::string run(std::vector<std::string> words) { return runCommand(parseArguments(words)); }
+    static std::string run(std::vector<std::string> words) {
+        return runCommand(parseArguments(words)).output;
+    }
     /// The exit code with which a command fails; -1 when it succeeds.
     static int failure(std::vector<std::string> words) {
         try {

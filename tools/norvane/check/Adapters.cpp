@@ -1,0 +1,73 @@
+#include "check/Adapters.h"
+
+#include <algorithm>
+#include <bit>
+#include <sstream>
+
+#include <arpa/inet.h>
+
+namespace {
+
+/// The routes without a router, by adapter. The columns are those of the kernel's fib_trie.c: addresses stand
+/// as hexadecimal numbers in network byte order read as the processor's own.
+std::vector<Subnet> directSubnets(const Machine& machine, const std::string& adapter) {
+    std::vector<Subnet> subnets;
+    for (const std::string& line : machine.lines("proc/net/route")) {
+        std::istringstream columns(line);
+        std::string name, ignored;
+        std::uint32_t destination = 0, gateway = 0, mask = 0;
+        columns >> name >> std::hex >> destination >> gateway;
+        for (int i = 0; i < 4; ++i) {
+            columns >> ignored; // flags, users, uses, metric
+        }
+        columns >> mask;
+        if (columns && name == adapter && gateway == 0 && mask != 0) {
+            subnets.push_back({ntohl(destination), ntohl(mask)});
+        }
+    }
+    return subnets;
+}
+
+std::string dotted(std::uint32_t address) {
+    std::ostringstream text;
+    text << (address >> 24) << '.' << (address >> 16 & 255) << '.' << (address >> 8 & 255) << '.'
+         << (address & 255);
+    return text.str();
+}
+
+} // namespace
+
+std::string Subnet::text() const {
+    return dotted(network) + "/" + std::to_string(std::popcount(mask));
+}
+
+std::vector<Adapter> readAdapters(const Machine& machine) {
+    std::vector<Adapter> adapters;
+    for (const std::string& name : machine.entries("sys/class/net")) {
+        const std::string folder = "sys/class/net/" + name + "/";
+        constexpr std::int64_t kEthernet = 1; // ARPHRD_ETHER
+        if (machine.number(folder + "type") != kEthernet || !machine.exists(folder + "device")) {
+            continue;
+        }
+        Adapter adapter;
+        adapter.name = name;
+        adapter.linked = machine.number(folder + "carrier") == 1;
+        adapter.wireless = machine.exists(folder + "wireless") || machine.exists(folder + "phy80211");
+        adapter.mtu = machine.number(folder + "mtu").value_or(0);
+        adapter.speed = machine.number(folder + "speed");
+        if (adapter.speed && *adapter.speed <= 0) {
+            adapter.speed.reset();
+        }
+        adapter.subnets = directSubnets(machine, name);
+        adapters.push_back(std::move(adapter));
+    }
+    return adapters;
+}
+
+std::optional<std::uint32_t> parseAddress(const std::string& text) {
+    in_addr address{};
+    if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
+        return std::nullopt;
+    }
+    return ntohl(address.s_addr);
+}
