@@ -5,7 +5,9 @@
 #include "norvane/Log.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 namespace Norvane::GenApi {
 
@@ -42,6 +44,13 @@ void NodeMap::GetNodes(node_vector& nodes) const {
 
 std::uint64_t NodeMap::GetNumNodes() const {
     return m_byName.size();
+}
+
+void NodeMap::MakeWay() const {
+    constexpr int kMostTurns = 50; // a waiting thread may have been stopped; nothing hangs on it
+    for (int turn = 0; turn < kMostTurns && m_mutex.IsWaitedFor(); ++turn) {
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+    }
 }
 
 void NodeMap::LeaveAndCall() noexcept {

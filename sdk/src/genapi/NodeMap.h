@@ -1,8 +1,8 @@
 #pragma once
 
-#include "base/Mutex.h"
 #include "genapi/Callbacks.h"
 #include "genapi/Graph.h"
+#include "genapi/MapMutex.h"
 #include "genapi/Node.h"
 #include "genapi/Published.h"
 #include "norvane/genapi/NodeMapFactory.h"
@@ -48,6 +48,8 @@ public:
         m_callbacks.Leave();
         m_mutex.unlock();
     }
+    /// Between two operations of a long series, without the lock: lets those in who wait for it.
+    void MakeWay() const;
     void AttachChunks(const std::map<std::uint64_t, ChunkView>& chunksById);
     CallbackList& Callbacks() { return m_callbacks; }
     /// Whether what nodes have cached may be taken as it is; with or without the lock.
@@ -102,7 +104,7 @@ private:
     /// False when the device does not answer.
     bool PollNode(Node& node, std::uint64_t since);
 
-    mutable RecursiveMutex m_mutex;
+    mutable MapMutex m_mutex;
     CallbackList m_callbacks;
     const NodeMapOptions m_options;
     const std::shared_ptr<IPort> m_port;

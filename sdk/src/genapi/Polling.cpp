@@ -8,19 +8,28 @@
 namespace Norvane::GenApi {
 
 void NodeMap::Poll(std::int64_t elapsedMs) {
-    const Operation operation(*this);
-    CheckPorts();
-    // Registers that several due nodes share are read once.
-    const auto since = NextEpoch();
-    bool reachable = true;
-    for (auto& polled : m_polled) {
-        polled.elapsed += elapsedMs;
-        if (polled.elapsed < polled.node->PollingTime()) {
-            continue;
+    std::uint64_t since = 0;
+    std::vector<Node*> due;
+    {
+        const Operation operation(*this);
+        CheckPorts();
+        // Registers that several due nodes share are read once.
+        since = NextEpoch();
+        for (auto& polled : m_polled) {
+            polled.elapsed += elapsedMs;
+            if (polled.elapsed >= polled.node->PollingTime()) {
+                polled.elapsed = 0;
+                due.push_back(polled.node);
+            }
         }
-        polled.elapsed = 0;
-        // A device that does not answer would cost one time-out per node.
-        reachable = reachable && PollNode(*polled.node, since);
+    }
+    for (Node* node : due) {
+        // One operation each: with a slow device, whoever wants the map waits for one register, not for all.
+        MakeWay();
+        const Operation operation(*this);
+        if (!PollNode(*node, since)) {
+            break; // a device that does not answer would cost one time-out per node
+        }
     }
 }
 

@@ -1,9 +1,12 @@
 #include "TestMap.h"
 
+#include "norvane/genapi/Prefetch.h"
+
 #include <fstream>
 #include <future>
 #include <random>
 #include <sstream>
+#include <thread>
 
 namespace Norvane::GenApi {
 namespace {
@@ -201,6 +204,70 @@ TEST(Cache, AnswersWhileTheDeviceIsAsked) {
     expectAll(8);
     port->released.set_value();
     EXPECT_EQ(slow.get(), 0);
+}
+
+/// A device that takes its time for every register.
+class SlowPort final : public IPort {
+public:
+    EAccessMode GetAccessMode() const override { return RW; }
+    void Read(void* buffer, std::int64_t address, std::int64_t length) override {
+        std::this_thread::sleep_for(std::chrono::milliseconds(4));
+        std::memset(buffer, 1, static_cast<std::size_t>(length));
+        const std::lock_guard lock(m_mutex);
+        ++m_reads[address];
+    }
+    void Write(const void*, std::int64_t, std::int64_t) override {}
+    std::map<std::int64_t, int> Reads() const {
+        const std::lock_guard lock(m_mutex);
+        return m_reads;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    std::map<std::int64_t, int> m_reads;
+};
+
+/// Long series of reads, polling and reading ahead, let others in between any two registers.
+TEST(Cache, SeriesLetOthersIn) {
+    std::string nodes = Reg("Wanted", 0, "<Cachable>NoCache</Cachable>");
+    std::string features;
+    for (int i = 1; i <= 40; ++i) {
+        const auto name = "R" + std::to_string(i);
+        nodes += Reg(name, 4 * i, "<PollingTime>100</PollingTime>");
+        features += "<pFeature>" + name + "</pFeature>";
+    }
+    nodes += "<Category Name=\"Group\">" + features + "<pFeature>Wanted</pFeature></Category>";
+    auto description = Describe(nodes);
+    description.replace(description.find("<Category Name=\"Root\"/>"), 23,
+                        "<Category Name=\"Root\"><pFeature>Group</pFeature></Category>");
+    const auto port = std::make_shared<SlowPort>();
+    const auto map = CreateNodeMap(description, port);
+    const CIntegerPtr wanted = map->GetNode("Wanted");
+    const auto readsUntil = [&](const std::future<void>& end) {
+        int reads = 0;
+        for (; end.wait_for(std::chrono::seconds(0)) != std::future_status::ready; ++reads) {
+            EXPECT_EQ(wanted->GetValue(), 0x01010101);
+        }
+        return reads;
+    };
+
+    std::promise<void> done;
+    {
+        const Prefetch prefetch({map.get()}, [&] { done.set_value(); });
+        EXPECT_GE(readsUntil(done.get_future()), 10);
+        EXPECT_TRUE(prefetch.WaitFor(std::chrono::milliseconds(0)));
+    }
+    auto reads = port->Reads();
+    reads.erase(0); // what is not cached is not read ahead
+    EXPECT_EQ(reads.size(), 40u);
+    for (int i = 1; i <= 40; ++i) {
+        EXPECT_EQ(CIntegerPtr(map->GetNode("R" + std::to_string(i)))->GetValue(), 0x01010101);
+    }
+    for (const auto& [address, count] : port->Reads()) {
+        EXPECT_TRUE(address == 0 || count == 1) << address;
+    }
+    const auto polling = std::async(std::launch::async, [&] { map->Poll(100); });
+    EXPECT_GE(readsUntil(polling), 10);
 }
 
 TEST(Cache, AuditCountsWhatChangedBehindTheCache) {
