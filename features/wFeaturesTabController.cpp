@@ -122,6 +122,7 @@ bool wFeaturesTabController::isUnusable(Norvane::CameraPtr camera) const {
 
 bool wFeaturesTabController::openCamera(const Norvane::CameraPtr& camera) {
     if (isUnusable(camera)) {
+        showNameOf(camera);
         return false;
     }
     bool controlled = false;
@@ -130,6 +131,12 @@ bool wFeaturesTabController::openCamera(const Norvane::CameraPtr& camera) {
             camera->Init();
         }
     });
+    showNameOf(camera);
+    guarded("access mode of a camera", [&] { controlled = opened && camera->GetAccessMode() != RO; });
+    return controlled;
+}
+
+void wFeaturesTabController::showNameOf(const Norvane::CameraPtr& camera) {
     QString model;
     QString serial;
     guarded("name of a camera", [&] {
@@ -139,8 +146,6 @@ bool wFeaturesTabController::openCamera(const Norvane::CameraPtr& camera) {
     });
     setWindowTitle(model.isNull() || serial.isNull() ? translated("Couldn't get device information")
                                                      : translated((model + " - " + serial).toUtf8()));
-    guarded("access mode of a camera", [&] { controlled = opened && camera->GetAccessMode() != RO; });
-    return controlled;
 }
 
 void wFeaturesTabController::OnCameraUpdated(Norvane::CameraPtr camPtr) {

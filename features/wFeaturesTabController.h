@@ -58,6 +58,7 @@ signals:
 private:
     int positionOf(int index) const;
     bool openCamera(const Norvane::CameraPtr& camera);
+    void showNameOf(const Norvane::CameraPtr& camera);
 
     Norvane::CameraPtr m_camera;
     Mapper m_mapper;

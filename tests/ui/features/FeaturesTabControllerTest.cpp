@@ -114,9 +114,16 @@ TEST_F(FeaturesTabControllerTest, ShowsNoFeaturesOfACameraThatCannotBeWorkedWith
         return std::string("<Boolean Name=\"") + name + "\"><Value>" + std::to_string(value) +
                "</Value></Boolean>";
     };
-    expectEmpty(makeCamera(true, marked("GevDeviceIsWrongSubnet", 1)), "Duskwing X - 4711", "wrong subnet");
-    expectEmpty(makeCamera(true, marked("GevDeviceIsWrongSubnet", 0) + marked("DeviceIsUnusable", 1)),
-                "Duskwing X - 4711", "unusable");
+    const auto other = [](const std::string& markers) {
+        return Norvane::CameraPtr(
+            std::make_shared<TestCamera>(kFeatures,
+                                         category("Root", "Info") + text("DeviceModelName", "Duskwing Y") +
+                                             text("DeviceSerialNumber", "4712") + markers,
+                                         ""));
+    };
+    expectEmpty(other(marked("GevDeviceIsWrongSubnet", 1)), "Duskwing Y - 4712", "wrong subnet");
+    expectEmpty(other(marked("GevDeviceIsWrongSubnet", 0) + marked("DeviceIsUnusable", 1)),
+                "Duskwing Y - 4712", "unusable");
 
     auto readOnly = std::make_shared<TestCamera>(kFeatures, kIdentity, "");
     readOnly->access = RO;
