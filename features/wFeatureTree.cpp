@@ -27,11 +27,14 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <chrono>
 
 using namespace Norvane::GenApi;
 
 namespace {
 
+/// Filling waits so long for a camera's registers; a window that stands still for longer seems to be dead.
+constexpr std::chrono::milliseconds kPatience{300};
 constexpr int kToolBarHeight = 36;
 constexpr int kDescriptionHeight = 50;
 constexpr int kIndentation = 13; // three levels in a narrow dock
@@ -227,6 +230,7 @@ void wFeatureTree::clearFilteredTreeModel() {
 }
 
 void wFeatureTree::clearTreeView() {
+    m_prefetch.reset();
     m_camera = nullptr;
     m_interface = nullptr;
     m_searchBox->clear();
@@ -273,45 +277,101 @@ FeaturePopulator wFeatureTree::populator() {
 }
 
 void wFeatureTree::displayCamera(const Norvane::CameraPtr& camera) {
-    QByteArray modelTitle = "Duskwing S";
+    if (m_prefetch && camera == m_camera) {
+        showReading();
+        return;
+    }
+    m_prefetch.reset();
+    m_modelTitle = tr("Duskwing S");
     if (!camera->IsInitialized()) {
         camera->Init();
     }
     INodeMap& deviceMap = camera->GetNodeMap();
-    INodeMap& tlDeviceMap = camera->GetTLDeviceNodeMap();
-    INodeMap& streamMap = camera->GetTLStreamNodeMap();
     guarded("model name", [&] {
         CStringPtr modelName(deviceMap.GetNode("DeviceModelName"));
         if (modelName.IsValid() && IsReadable(modelName->GetAccessMode())) {
-            modelTitle = modelName->GetValue().c_str();
-            setTitle(*this, modelTitle);
+            const gcstring model = modelName->GetValue();
+            m_modelTitle = tr(model.c_str());
+            setTitle(*this, model.c_str());
         }
     });
     clearTreeModel();
     clearFilteredTreeModel();
     clearDescLabel();
-    {
-        const QMutexLocker lock(&m_categoryMutex);
-        GetCategoryNodesList(deviceMap, m_deviceCategories);
-        GetCategoryNodesList(tlDeviceMap, m_tlDeviceCategories);
-        GetCategoryNodesList(streamMap, m_streamCategories);
-    }
-    m_sameDevice = camera == m_camera;
     showHierarchyOrder();
-    m_model->rebuild([&] {
-        const auto showMap = [this](INodeMap& map, const QString& title) {
-            QStandardItem* header = FeatureModel::makeHeaderItem(title);
-            m_model->appendRow(header);
-            populator().addHierarchy(map, header);
-        };
-        showMap(deviceMap, tr(modelTitle));
-        showMap(tlDeviceMap, tr("Transport Layer"));
-        showMap(streamMap, tr("Stream Parameters"));
-    });
-    m_sameDevice = true;
+    m_sameDevice = camera == m_camera;
     m_camera = camera;
     m_interface = nullptr;
+    if (!readAhead()) {
+        showReading();
+        return;
+    }
+    takeCategories();
+    showMaps(true);
+    m_sameDevice = true;
     OnUpdateFilteredModel();
+}
+
+void wFeatureTree::showReading() {
+    clearTreeModel();
+    showHierarchyOrder();
+    showMaps(false);
+    m_description = tr("Reading the features of the camera ...");
+    updateDescLabel();
+    OnUpdateFilteredModel();
+}
+
+bool wFeatureTree::readAhead() {
+    m_prefetch = std::make_unique<Prefetch>(
+        std::vector<INodeMap*>{&m_camera->GetNodeMap(), &m_camera->GetTLDeviceNodeMap(),
+                               &m_camera->GetTLStreamNodeMap()},
+        [this] { QMetaObject::invokeMethod(this, "OnCameraRead", Qt::QueuedConnection); });
+    if (!m_prefetch->WaitFor(kPatience)) {
+        return false;
+    }
+    m_prefetch.reset();
+    return true;
+}
+
+void wFeatureTree::OnCameraRead() {
+    // The word of a reading that was given up, or waited for, is no news.
+    if (!m_prefetch || !m_prefetch->WaitFor(std::chrono::milliseconds::zero())) {
+        return;
+    }
+    m_prefetch.reset();
+    clearDescLabel();
+    takeCategories();
+    if (m_sortButtons->checkedId() == ByAlpha) {
+        OnSortTreeByAlpha();
+    } else {
+        clearTreeModel();
+        guarded("feature tree of a camera", [this] { showMaps(true); });
+        OnUpdateFilteredModel();
+    }
+    m_sameDevice = true;
+    finishView();
+}
+
+void wFeatureTree::takeCategories() {
+    const QMutexLocker lock(&m_categoryMutex);
+    GetCategoryNodesList(m_camera->GetNodeMap(), m_deviceCategories);
+    GetCategoryNodesList(m_camera->GetTLDeviceNodeMap(), m_tlDeviceCategories);
+    GetCategoryNodesList(m_camera->GetTLStreamNodeMap(), m_streamCategories);
+}
+
+void wFeatureTree::showMaps(bool withFeatures) {
+    m_model->rebuild([&] {
+        const auto showMap = [&](INodeMap& map, const QString& title) {
+            QStandardItem* header = FeatureModel::makeHeaderItem(title);
+            m_model->appendRow(header);
+            if (withFeatures) {
+                populator().addHierarchy(map, header);
+            }
+        };
+        showMap(m_camera->GetNodeMap(), m_modelTitle);
+        showMap(m_camera->GetTLDeviceNodeMap(), tr("Transport Layer"));
+        showMap(m_camera->GetTLStreamNodeMap(), tr("Stream Parameters"));
+    });
 }
 
 void wFeatureTree::UpdateTreeViewCamera(Norvane::CameraPtr camera) {
@@ -326,6 +386,7 @@ void wFeatureTree::UpdateTreeViewCamera(Norvane::CameraPtr camera) {
 }
 
 void wFeatureTree::UpdateTreeViewInterface(Norvane::InterfacePtr iface) {
+    m_prefetch.reset();
     clearTreeModel();
     clearFilteredTreeModel();
     clearDescLabel();
@@ -384,6 +445,9 @@ void wFeatureTree::OnSortTreeByCategory() {
 }
 
 void wFeatureTree::OnSortTreeByAlpha() {
+    if (m_prefetch) {
+        return; // the camera's features come in this order as soon as it is read
+    }
     clearTreeModel();
     clearDescLabel();
     guarded("sorted features", [&] {

@@ -5,11 +5,13 @@
 #include "norvane/Camera.h"
 #include "norvane/Interface.h"
 #include "norvane/genapi/GenApi.h"
+#include "norvane/genapi/Prefetch.h"
 
 #include <QMutex>
 #include <QPointer>
 #include <QString>
 
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -24,7 +26,8 @@ class QStandardItemModel;
 class wPrmDialog;
 
 /// Every feature of the shown camera or interface as a tree of names and values, searchable, editable in
-/// place, and live: the library's node callbacks rewrite the rows of what changed. Owned by
+/// place, and live: the library's node callbacks rewrite the rows of what changed. A camera behind a slow
+/// link has its three header rows at once and the rows below them when the library has read it. Owned by
 /// wFeaturesTabController; all on the user-interface thread but Callback(). There is one; its callbacks stay
 /// registered for the life of the node maps.
 class wFeatureTree : public CustomTabInterface {
@@ -64,6 +67,9 @@ public slots:
     void OnNodeChanged(Norvane::GenApi::INode* node);
     void OnTreeViewCleared();
 
+private slots:
+    void OnCameraRead();
+
 signals:
     void NodeUpdated(Norvane::GenApi::INode* node);
     void AcquisitionModeUpdated(Norvane::CameraPtr camera);
@@ -85,6 +91,14 @@ private:
 
     FeaturePopulator populator();
     void displayCamera(const Norvane::CameraPtr& camera);
+    /// Lets the library read the shown camera's registers into its cache. True when that was a matter of a
+    /// moment; if false, OnCameraRead follows.
+    bool readAhead();
+    /// What is shown until then.
+    void showReading();
+    void takeCategories();
+    /// The three header rows, with the features below them or without.
+    void showMaps(bool withFeatures);
 
     static void GetCategoryNodesList(Norvane::GenApi::INodeMap& map, CategoryList& list);
     std::set<Norvane::GenApi::gcstring> displayNames(const CategoryList& categories);
@@ -103,6 +117,8 @@ private:
 
     bool m_expanded = false;
     bool m_sameDevice = false; ///< the device being shown has its callbacks already
+    QString m_modelTitle;
+    std::unique_ptr<Norvane::GenApi::Prefetch> m_prefetch; ///< while the shown camera is being read
 
     QMutex m_pendingMutex;
     std::set<Norvane::GenApi::INode*> m_pending; ///< on their way to OnNodeChanged

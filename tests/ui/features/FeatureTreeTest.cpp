@@ -72,6 +72,47 @@ TEST_F(FeatureTreeTest, ShowsAnInterfaceAndNothing) {
     EXPECT_EQ(m_tree->windowTitle(), "Device Features");
 }
 
+/// The window does not wait for a camera that takes its time: the rows come when the library has read it.
+TEST_F(FeatureTreeTest, ASlowCameraFillsTheTreeLater) {
+    const QStringList headers{"Duskwing X", "Transport Layer", "Stream Parameters"};
+    const auto slow = [] {
+        auto camera = makeCamera();
+        camera->port->hold(true);
+        return camera;
+    };
+    const auto showHeld = [&] {
+        show(slow());
+        EXPECT_EQ(rows(), headers);
+    };
+    showHeld();
+    m_tree->OnSortTreeByXML(); // changes nothing
+    EXPECT_EQ(rows(), headers);
+    m_camera->port->hold(false);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return cell("Height").isValid(); }));
+    EXPECT_LE(m_camera->port->mostReads(), 1);
+    m_camera->port->setValue(4, 7);
+    m_camera->deviceMap->InvalidateNodes();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(shown("Height"), "7") << "its rows follow the camera";
+
+    showHeld();
+    pressButton("actionSortAlpha");
+    m_camera->port->hold(false);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return cell("Height").isValid(); }));
+    EXPECT_EQ(rows().front(), "Abc=id");
+    pressButton("actionSortXML");
+
+    // Another choice meanwhile gives it up, and what was under way is no longer shown.
+    showHeld();
+    const auto first = m_camera;
+    std::thread release([&] { first->port->hold(false); });
+    show(makeCamera(category("Root", "Other") + category("Other", "Offset") + integer("Offset", 0)));
+    release.join();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(cell("Offset").isValid());
+    EXPECT_FALSE(cell("Height").isValid());
+}
+
 TEST_F(FeatureTreeTest, BrokenMapsLeaveATreeThatWorks) {
     show(std::make_shared<TestCamera>(category("Root", "Loop Width") + category("Loop", "Width Loop") +
                                           integer("Width", 0),

@@ -6,11 +6,18 @@
 using namespace Norvane::GenApi;
 
 void CountingPort::Read(void* buffer, std::int64_t address, std::int64_t length) {
-    const std::lock_guard lock(m_mutex);
+    std::unique_lock lock(m_mutex);
+    m_released.wait(lock, [this] { return !m_held; });
     ++m_reads[address];
     for (std::int64_t i = 0; i < length; ++i) {
         static_cast<std::uint8_t*>(buffer)[i] = m_bytes[address + i];
     }
+}
+
+void CountingPort::hold(bool held) {
+    const std::lock_guard lock(m_mutex);
+    m_held = held;
+    m_released.notify_all();
 }
 
 void CountingPort::Write(const void* buffer, std::int64_t address, std::int64_t length) {

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <condition_variable>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -30,9 +31,13 @@ public:
     /// The largest number of times that one address was read.
     int mostReads() const;
     void forgetCounts();
+    /// Until it is let through again every access waits, as with a device that takes its time.
+    void hold(bool held);
 
 private:
     mutable std::mutex m_mutex;
+    std::condition_variable m_released;
+    bool m_held = false;
     std::map<std::int64_t, std::uint8_t> m_bytes;
     std::map<std::int64_t, int> m_reads;
     std::map<std::int64_t, int> m_writes;
