@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -320,6 +321,11 @@ std::string takeImage(const Arguments& arguments) {
 // --- descriptions
 
 std::string fileContent(const std::string& name) {
+    // Opening a directory succeeds, and reading it ends at once.
+    std::error_code ignored;
+    if (std::filesystem::is_directory(name, ignored)) {
+        throw Failure(kFailed, name + ": " + std::strerror(EISDIR));
+    }
     std::ifstream file(name, std::ios::binary);
     std::ostringstream content;
     // An empty file leaves the stream failed, which is no error of reading.

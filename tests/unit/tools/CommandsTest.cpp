@@ -77,7 +77,13 @@ TEST_F(CommandsTest, DescribesEveryFeatureOfAFile) {
 
 TEST_F(CommandsTest, AFileThatIsNoDescriptionFails) {
     EXPECT_EQ(failure({"describe", (m_folder / "missing.xml").string()}), kFailed);
-    EXPECT_EQ(failure({"describe", m_folder.string()}), kFailed);
+    try {
+        run({"describe", m_folder.string()});
+        ADD_FAILURE() << "a folder is no description";
+    } catch (const Failure& error) {
+        EXPECT_EQ(error.what(), m_folder.string() + ": Is a directory");
+        EXPECT_EQ(error.exitCode(), kFailed);
+    }
     EXPECT_EQ(failure({"describe", write("empty.xml", "")}), kFailed);
     EXPECT_EQ(failure({"describe", write("text.xml", "hello")}), kFailed);
 }
