@@ -2,8 +2,8 @@
 
 #include "CameraFile.h"
 #include "Guarded.h"
+#include "WrappingCheckBox.h"
 
-#include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -131,7 +131,8 @@ void wFileAccess::setupWidgets() {
     m_buttonDownload = new QPushButton(tr("Download"));
     m_buttonDownload->setObjectName(QStringLiteral("m_buttonDownload"));
     m_buttonDownload->setToolTip(tr("Download file from device"));
-    m_writeToDdr = new QCheckBox(tr("\nWrite to DDR (Faster but data is cleared after power cycling)"));
+    m_writeToDdr =
+        new WrappingCheckBox(tr("\nWrite to DDR (Faster but data is cleared after power cycling)"));
     m_writeToDdr->setObjectName(QStringLiteral("m_writeToDdr"));
     m_writeToDdr->setToolTip(tr("Check this option to upload files to DDR instead of the device flash.\n"
                                 "This is a faster operation, but the camera forgets the files when its power "
