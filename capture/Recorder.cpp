@@ -74,6 +74,8 @@ void Recorder::Start(double cameraFrameRate) {
         m_buffered = 0;
         m_remaining = 0;
         m_failures = 0;
+        m_lastFrameId = 0;
+        m_missed = 0;
         m_rules.Start(settings, cameraFrameRate);
         m_runIsOpen = true;
         m_recording = true;
@@ -139,6 +141,12 @@ void Recorder::Finish() {
     if (const unsigned int failures = m_failures; failures > 1) {
         qWarning("Recording: %u frames could not be written.", failures);
     }
+    if (const std::uint64_t missed = m_missed; missed > 0) {
+        qWarning(
+            "Recording: %llu images of the camera never arrived; the computer or its disk was too slow, or "
+            "the network lost them.",
+            static_cast<unsigned long long>(missed));
+    }
     emit updateStatusText(IsDoneRecording() ? QStringLiteral("Done")
                                             : QStringLiteral("Recording has been stopped."));
     emit doneRecording();
@@ -156,6 +164,7 @@ void Recorder::TakeImage(const Norvane::ImagePtr& image) {
         }
         const RecordingSettings settings = Settings();
         ++m_grabbed;
+        NoteMissedImages(image->GetFrameID());
         outcome = settings.mode == STREAMING ? Stream(image, settings) : Buffer(image, settings);
         if (outcome.isDone) {
             m_recording = false;
@@ -236,7 +245,8 @@ void Recorder::Drain() {
         hasMore = !m_buffer.IsEmpty() && !m_drainIsPending.exchange(true);
     }
     m_drainLock.unlock();
-    if (!m_recording) {
+    // While another drain is announced, that one tells: a stop in between would pass for the user's second.
+    if (!m_recording && !m_drainIsPending) {
         emit disableRecord();
     }
 }
@@ -286,6 +296,14 @@ void Recorder::NoteFailure(const char* what) {
     if (m_failures++ == 0) {
         qWarning("Recording: a frame could not be written: %s", what);
     }
+}
+
+void Recorder::NoteMissedImages(std::uint64_t frameId) {
+    // A lower number is a stream that was started anew.
+    if (m_lastFrameId != 0 && frameId > m_lastFrameId + 1) {
+        m_missed += frameId - m_lastFrameId - 1;
+    }
+    m_lastFrameId = frameId;
 }
 
 bool Recorder::ShouldSkipImage() {

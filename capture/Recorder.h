@@ -10,6 +10,7 @@
 #include <QObject>
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -77,6 +78,7 @@ private:
     void SaveImage(const Norvane::ImagePtr& image, const RecordingSettings& settings);
     void AppendFrame(const Norvane::ImagePtr& image, const RecordingSettings& settings);
     void NoteFailure(const char* what);
+    void NoteMissedImages(std::uint64_t frameId);
 
     mutable std::mutex m_settingsLock;
     RecordingSettings m_settings;
@@ -106,4 +108,6 @@ private:
     std::shared_ptr<std::atomic<unsigned int>> m_convertedInFlight =
         std::make_shared<std::atomic<unsigned int>>(0U);
     std::atomic<unsigned int> m_failures = 0;
+    std::uint64_t m_lastFrameId = 0; // of the run, 0 before its first image; guarded by m_takeLock
+    std::atomic<std::uint64_t> m_missed = 0;
 };

@@ -301,6 +301,27 @@ TEST_F(RecordingTest, SecondStopDropsWhatIsStillBuffered) {
     EXPECT_EQ(m_status.last().first().toString(), "Recording has been stopped.");
 }
 
+std::vector<std::string> warnings;
+
+TEST_F(RecordingTest, ImagesThatNeverArrivedAreTold) {
+    warnings.clear();
+    const QtMessageHandler former =
+        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+            if (type == QtWarningMsg) {
+                warnings.push_back(text.toStdString());
+            }
+        });
+    m_capture.OnUpdateRecordMode(STREAMING);
+    m_capture.OnStartRecording();
+    for (const std::uint64_t frameId : {7, 8, 11, 12, 20, 1, 2}) { // at 1 the camera was started anew
+        m_camera->Deliver(FakeImage::Make(frameId));
+    }
+    m_capture.OnStopRecording();
+    WaitUntilDone();
+    qInstallMessageHandler(former);
+    EXPECT_THAT(warnings, ElementsAre(testing::HasSubstr("9 images of the camera never arrived")));
+}
+
 TEST_F(RecordingTest, AFolderThatIsGoneCostsFilesAndNothingElse) {
     m_capture.OnUpdateFilePath(m_folder.path() + "/not there");
     m_capture.OnUpdateSaveOptions(3, 1, 0, 0, 1, 0);
