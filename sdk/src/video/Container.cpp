@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::int64_t kIndexEntryBytes = 24; // an AVI frame in both kinds of index
 constexpr std::int64_t kTrailerBytes = 16384;
+constexpr std::int64_t kFragmentMicroseconds = 250'000; // of an MP4, kept in memory until it is complete
 
 } // namespace
 
@@ -57,6 +58,7 @@ void Container::WriteHeader(const Encoder& encoder) {
     AVDictionary* options = nullptr;
     if (m_format.codec == Codec::H264) {
         av_dict_set(&options, "movflags", "frag_keyframe+empty_moov+default_base_moof", 0);
+        av_dict_set_int(&options, "frag_duration", kFragmentMicroseconds, 0);
     }
     const int result = avformat_write_header(m_context, &options);
     av_dict_free(&options);
