@@ -126,7 +126,13 @@ Norvane::ImagePtr RecordingMemory::Copy(const Norvane::ImagePtr& image, Norvane:
     const Norvane::ImagePtr copy =
         Norvane::Image::Create(image->GetWidth(), image->GetHeight(), image->GetXOffset(),
                                image->GetYOffset(), format, memory.get());
-    image->Convert(copy);
+    if (format == image->GetPixelFormat() && image->GetImageSize() == size && image->GetData()) {
+        // Not by the library's row workers: the camera's thread would wait for whichever is put off the
+        // longest.
+        std::memcpy(block.memory, image->GetData(), static_cast<std::size_t>(size));
+    } else {
+        image->Convert(copy);
+    }
     return Norvane::ImagePtr(
         std::shared_ptr<Norvane::IImage>(copy.get(), [copy, memory](Norvane::IImage*) {}));
 }
