@@ -2,11 +2,6 @@
 
 #include <QTime>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <string>
-
 namespace {
 
 const char* extensionOf(RecordImFormat format) {
@@ -36,17 +31,7 @@ const char* extensionOf(RecordImFormat format) {
 void StillWriter::Write(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
     const QByteArray folder = settings.folder.toUtf8();
     const QByteArray stem = QTime::currentTime().toString(QStringLiteral("hh_mm_ss_zzz")).toUtf8();
-    const char* extension = extensionOf(settings.imageFormat);
-    const QByteArray finalName = folder + "/" + stem + extension;
-    const QByteArray hiddenName = folder + "/." + stem + extension;
-
-    Save(image, hiddenName.constData(), settings);
-    if (std::rename(hiddenName.constData(), finalName.constData()) != 0) {
-        const int reason = errno;
-        std::remove(hiddenName.constData());
-        throw Norvane::Exception(Norvane::Error::Io, "Cannot give " + finalName.toStdString() +
-                                                         " its name: " + std::strerror(reason));
-    }
+    Save(image, (folder + "/" + stem + extensionOf(settings.imageFormat)).constData(), settings);
 }
 
 void StillWriter::Save(const Norvane::ImagePtr& image, const char* fileName,

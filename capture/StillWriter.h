@@ -3,7 +3,7 @@
 #include "RecordingTypes.h"
 
 /// Writes one image of a recording as a file of its own, named after the local time to the millisecond.
-/// A finished file appears under its name at once: until then it stands hidden beside it. Any thread.
+/// The library gives a file its name once it is finished. Any thread.
 class StillWriter {
 public:
     /// @throws Norvane::Exception with the reason when the file cannot be written.
