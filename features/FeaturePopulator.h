@@ -15,9 +15,15 @@ class QStandardItem;
 /// Whatever a faulty node map throws leaves a partial tree behind, and a debug line.
 class FeaturePopulator {
 public:
-    /// @param callback registered on every feature that becomes a row; null for none.
-    FeaturePopulator(FeatureModel& model, Norvane::GenApi::NodeCallback callback)
-        : m_model(model), m_callback(callback) {}
+    using NodeSet = std::set<const Norvane::GenApi::INode*>;
+
+    explicit FeaturePopulator(FeatureModel& model) : m_model(model) {}
+    /// @param callback registered on every feature that becomes a row and is not among `watched`.
+    /// @param watched  what has the callback already; grows. It stays there for the life of the node map, so
+    /// a
+    ///                 device that is shown a hundred times must not get it a hundred times.
+    FeaturePopulator(FeatureModel& model, Norvane::GenApi::NodeCallback callback, NodeSet& watched)
+        : m_model(model), m_callback(callback), m_watched(&watched) {}
 
     /// What "Root" lists: below `parent`, or at the top level when it is null.
     void addHierarchy(Norvane::GenApi::INodeMap& map, QStandardItem* parent);
@@ -39,6 +45,7 @@ private:
     void populateCategory(Norvane::GenApi::INode& node, QStandardItem* parent, bool insertUnderParent);
 
     FeatureModel& m_model;
-    Norvane::GenApi::NodeCallback m_callback;
+    Norvane::GenApi::NodeCallback m_callback = nullptr;
+    NodeSet* m_watched = nullptr;
     std::vector<const Norvane::GenApi::INode*> m_path; ///< categories from Root to the one being populated
 };

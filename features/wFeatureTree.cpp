@@ -273,7 +273,8 @@ void wFeatureTree::showHierarchyOrder() {
 // --- showing devices
 
 FeaturePopulator wFeatureTree::populator() {
-    return {*m_model, m_sameDevice ? nullptr : &wFeatureTree::Callback};
+    return m_sameDevice ? FeaturePopulator(*m_model)
+                        : FeaturePopulator(*m_model, &wFeatureTree::Callback, m_watchedNodes);
 }
 
 void wFeatureTree::displayCamera(const Norvane::CameraPtr& camera) {
@@ -643,7 +644,7 @@ void wFeatureTree::OnCreateFilteredTreeModel() {
             maps = {{&m_interface->GetTLNodeMap(), displayNames(m_interfaceCategories)}};
         }
         m_filteredModel->rebuild([&] {
-            FeaturePopulator populator(*m_filteredModel, nullptr);
+            FeaturePopulator populator(*m_filteredModel);
             for (const QString& name : names) {
                 const gcstring key(name.toUtf8().constData());
                 for (const auto& [map, categories] : maps) {

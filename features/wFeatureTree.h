@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CustomTabInterface.h"
+#include "FeaturePopulator.h"
 
 #include "norvane/Camera.h"
 #include "norvane/Interface.h"
@@ -16,7 +17,6 @@
 #include <vector>
 
 class FeatureModel;
-class FeaturePopulator;
 class FeatureTreeView;
 class QButtonGroup;
 class QLabel;
@@ -119,6 +119,10 @@ private:
     bool m_sameDevice = false; ///< the device being shown has its callbacks already
     QString m_modelTitle;
     std::unique_ptr<Norvane::GenApi::Prefetch> m_prefetch; ///< while the shown camera is being read
+
+    /// Nodes that have the callback. Node maps live until the camera system is released, later than this
+    /// tree.
+    FeaturePopulator::NodeSet m_watchedNodes;
 
     QMutex m_pendingMutex;
     std::set<Norvane::GenApi::INode*> m_pending; ///< on their way to OnNodeChanged
