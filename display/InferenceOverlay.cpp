@@ -1,6 +1,7 @@
 #include "InferenceOverlay.h"
 
 #include "Attempt.h"
+#include "ClassLabels.h"
 #include "norvane/genapi/GenApi.h"
 
 #include <QApplication>
@@ -8,7 +9,6 @@
 #include <QFileInfo>
 #include <QPainter>
 #include <QStandardPaths>
-#include <QTextStream>
 
 #include <algorithm>
 
@@ -16,9 +16,6 @@ using namespace Norvane::GenApi;
 
 namespace {
 
-/// More than any network knows; a file with more lines is no label file.
-constexpr int kMaxClasses = 100'000;
-constexpr qint64 kMaxLineLength = 4096; // characters
 /// Reading more than this would hold up the window.
 constexpr qint64 kMaxFileSize = 8 << 20; // bytes
 
@@ -70,18 +67,7 @@ void InferenceOverlay::ReadClassLabelFile() {
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         return;
     }
-    QTextStream text(file.read(kMaxFileSize));
-    text.setCodec("UTF-8");
-    for (int classNumber = 0; classNumber < kMaxClasses && !text.atEnd(); ++classNumber) {
-        QString line = text.readLine(kMaxLineLength);
-        while (line.size() == kMaxLineLength && !text.atEnd()) {
-            const QString rest = text.readLine(kMaxLineLength);
-            if (rest.size() < kMaxLineLength) {
-                break;
-            }
-        }
-        m_classLabels.insert(classNumber, line);
-    }
+    m_classLabels = ReadClassLabels(file.read(kMaxFileSize));
 }
 
 void InferenceOverlay::SetLabelDisplay(bool useFixedFontSize, const QFont& font, const QColor& color) {
