@@ -3,6 +3,13 @@
 #include <QDir>
 #include <QMessageBox>
 
+#include <malloc.h>
+
+void returnLargeMemory() {
+    constexpr int kLargeBlock = 2 << 20; // bytes; larger than what is allocated at the pace of images
+    ::mallopt(M_MMAP_THRESHOLD, kLargeBlock);
+}
+
 void initTavorinResources() {
     Q_INIT_RESOURCE(tavorin);
 }

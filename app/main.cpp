@@ -14,6 +14,7 @@ constexpr int kSplashTimeMs = 2500;
 }
 
 int main(int argc, char** argv) {
+    returnLargeMemory();
     qInstallMessageHandler(loggingOutput);
     Norvane::SetLogSink(forwardLibraryLog);
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts, true);

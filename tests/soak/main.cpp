@@ -111,6 +111,7 @@ void printStalls(const std::vector<Sample>& samples) {
 } // namespace
 
 int main(int argc, char** argv) {
+    returnLargeMemory();
     qInstallMessageHandler(loggingOutput);
     Norvane::SetLogSink(forwardLibraryLog);
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts, true);
