@@ -128,6 +128,19 @@ QList<wImageDisplay*> Hands::OpenDisplays() const {
     return open;
 }
 
+void Hands::OpenAll() {
+    Press(m_list, "actionRefresh");
+    for (int i = 0; i < m_tree->topLevelItemCount(); ++i) {
+        for (int j = 0; j < m_tree->topLevelItem(i)->childCount(); ++j) {
+            const QTreeWidgetItem* row = m_tree->topLevelItem(i)->child(j);
+            m_tree->scrollToItem(row);
+            const QPoint place = m_tree->visualItemRect(row).center();
+            QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, {}, place);
+            QTest::mouseDClick(m_tree->viewport(), Qt::LeftButton, {}, place);
+        }
+    }
+}
+
 bool Hands::CloseOne() {
     return CloseDialog() || CloseDisplay();
 }

@@ -29,6 +29,8 @@ public:
     /// Does one thing; may run event loops of dialogs inside.
     /// @param announce  is told the thing's name before it is done.
     void ActOnce(const std::function<void(const char*)>& announce);
+    /// Opens every camera of the list, one beside the other, and lets it stream.
+    void OpenAll();
     /// Closes one dialog or display, as a person does who leaves. @returns false when none is open.
     bool CloseOne();
     void StopRecordings();

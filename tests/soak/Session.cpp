@@ -58,7 +58,10 @@ void Session::Start() {
     m_clock.start();
     m_nextSample = m_plan.sampleEvery;
     m_nextRest = m_plan.restEvery;
-    Tick();
+    QTimer::singleShot(0, this, [this] {
+        WarmUp();
+        Tick();
+    });
 }
 
 void Session::Tick() {
@@ -89,6 +92,14 @@ void Session::Tick() {
         return;
     }
     Act();
+}
+
+// What each camera leaves for good, as its node maps, is there before anything is judged.
+void Session::WarmUp() {
+    m_stock.PlugAll();
+    WaitFor("all cameras plugged in at first", [this] { return plugged() == m_stock.Size(); });
+    m_hands.OpenAll();
+    QTest::qWait(kSettleMs);
 }
 
 void Session::Act() {

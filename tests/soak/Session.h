@@ -41,6 +41,7 @@ public:
 
 private:
     void Tick();
+    void WarmUp();
     void Act();
     void Rest();
     bool WaitFor(const char* what, const std::function<bool()>& condition);

@@ -22,7 +22,7 @@ double median(std::vector<double> values) {
 
 const std::vector<Limit> kRestLimits{
     {"resident memory, MB", [](const Sample& s) { return s.holding.residentMb; }, 0.05, 16.0},
-    {"heap in use, MB", [](const Sample& s) { return s.holding.heapMb; }, 0.02, 2.0},
+    {"heap in use, MB", [](const Sample& s) { return s.holding.heapMb; }, 0.02, 4.0},
     {"threads", [](const Sample& s) { return s.holding.threads; }, 0.0, 0.0},
     {"open files", [](const Sample& s) { return s.holding.files; }, 0.0, 0.0},
 };
