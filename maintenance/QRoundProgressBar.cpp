@@ -195,6 +195,19 @@ void QRoundProgressBar::drawBase(QPainter& painter, const QRectF& baseRect) {
     }
 }
 
+QBrush QRoundProgressBar::valueBrush(const QRectF& baseRect) const {
+    const QBrush& brush = palette().brush(QPalette::Highlight);
+    if (!brush.gradient() || brush.gradient()->type() != QGradient::ConicalGradient) {
+        return brush;
+    }
+    // The palette's gradient turns about the middle of whatever is drawn, and the middle of a sector is not
+    // the circle's: a strip of the last colour would show beside the first.
+    const auto* gradient = static_cast<const QConicalGradient*>(brush.gradient());
+    QConicalGradient centred(baseRect.center(), gradient->angle());
+    centred.setStops(gradient->stops());
+    return centred;
+}
+
 void QRoundProgressBar::drawValue(QPainter& painter, const QRectF& baseRect, double value, double arcLength) {
     if (value == m_minimum) {
         return;
@@ -202,7 +215,7 @@ void QRoundProgressBar::drawValue(QPainter& painter, const QRectF& baseRect, dou
     if (m_barStyle == BarStyleLine) {
         const double inset = m_dataPenWidth / 2.0;
         // A pen takes a brush as well as a colour, which lets the arc carry the gradient of the data colours.
-        painter.setPen(QPen(palette().brush(QPalette::Highlight), m_dataPenWidth));
+        painter.setPen(QPen(valueBrush(baseRect), m_dataPenWidth));
         painter.setBrush(Qt::NoBrush);
         painter.drawArc(baseRect.adjusted(inset, inset, -inset, -inset),
                         static_cast<int>(m_nullPosition * 16), static_cast<int>(-arcLength * 16));
@@ -213,7 +226,7 @@ void QRoundProgressBar::drawValue(QPainter& painter, const QRectF& baseRect, dou
     sector.moveTo(baseRect.center());
     sector.arcTo(baseRect, m_nullPosition, -arcLength);
     sector.lineTo(baseRect.center());
-    painter.setBrush(palette().brush(QPalette::Highlight));
+    painter.setBrush(valueBrush(baseRect));
     painter.setPen(QPen(palette().color(QPalette::Shadow), m_dataPenWidth));
     painter.drawPath(sector);
 }

@@ -73,6 +73,8 @@ protected:
     virtual void valueFormatChanged();
 
 private:
+    /// What fills the sector or draws the arc of the circle in `baseRect`.
+    QBrush valueBrush(const QRectF& baseRect) const;
     enum FormatFlag { FormatHasValue = 1, FormatHasPercent = 2, FormatHasMaximum = 4 };
 
     void rebuildDataBrushIfNeeded();
