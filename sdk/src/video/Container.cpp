@@ -67,10 +67,14 @@ void Container::WriteHeader(const Encoder& encoder) {
     m_hasHeader = true;
 }
 
-void Container::Write(AVPacket& packet) {
-    if (m_hasFailed) {
+void Container::ThrowIfItTakesNoMore() const {
+    if (HasFailed()) {
         throw Exception(Error::Io, m_fileName + " takes no more frames since writing to it failed; close it");
     }
+}
+
+void Container::Write(AVPacket& packet) {
+    ThrowIfItTakesNoMore();
     if (m_firstFrame < 0) {
         m_firstFrame = packet.pts;
     }

@@ -30,7 +30,10 @@ public:
     void Close();
 
     /// Whether writing has failed before: the file is cut to what was written whole, and takes nothing more.
-    bool HasFailed() const { return m_hasFailed; }
+    /// So has a file that is closed because the part after it could not be created.
+    bool HasFailed() const { return m_hasFailed || !m_context; }
+    /// @throws Exception (Io) when HasFailed().
+    void ThrowIfItTakesNoMore() const;
     std::int64_t Bytes() const;
     /// What finishing the file adds at most.
     std::int64_t BytesToFinish() const;

@@ -44,8 +44,9 @@ void NorVideo::Writer::Append(const ImagePtr& image) {
     if (!m_encoder) {
         Start(image);
     }
-    m_encoder->Encode(m_pixels->Take(image), m_frames, [this](AVPacket& packet) { Store(packet); });
-    ++m_frames;
+    m_container->ThrowIfItTakesNoMore(); // before the work of encoding
+    const PixelSource::Rows rows = m_pixels->Take(image);
+    m_encoder->Encode(rows, m_frames++, [this](AVPacket& packet) { Store(packet); });
 }
 
 bool NorVideo::Writer::PartIsFull(const AVPacket& packet) const {

@@ -244,6 +244,27 @@ TEST_F(VideoFixture, PartsStayBelowTheLimitAndPlayByThemselves) {
     }
 }
 
+TEST_F(VideoFixture, AFolderThatVanishesBetweenPartsEndsTheVideo) {
+    for (const Kind kind : {Kind::Avi, Kind::Mjpg}) {
+        std::filesystem::create_directory(Path("gone"));
+        NorVideo video;
+        video.SetMaximumFileSize(1);
+        Open(video, kind, Path("gone/a"), 320, 240);
+        video.Append(Frame(320, 240, 0).image);
+        std::filesystem::remove_all(Path("gone"));
+        std::string reason;
+        for (int i = 1; i < 900; ++i) {
+            try {
+                video.Append(Frame(320, 240, i).image);
+            } catch (const Norvane::Exception& error) {
+                reason = error.what();
+            }
+        }
+        EXPECT_NE(reason.find("takes no more frames"), std::string::npos) << reason;
+        EXPECT_EQ(ErrorOf([&] { video.Close(); }), Error::Success);
+    }
+}
+
 TEST_F(VideoFixture, MonoVideosAreGrey) {
     std::vector<std::uint8_t> pixels(64 * 48);
     for (std::size_t i = 0; i < pixels.size(); ++i) {
