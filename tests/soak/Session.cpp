@@ -77,7 +77,7 @@ void Session::Tick() {
     }
     if (m_depth > 0) {
         // A file on its way; now and then its camera leaves.
-        if (m_random.OneIn(20)) {
+        if (!m_isResting && m_random.OneIn(20)) {
             m_stock.Change();
         }
         return;
