@@ -89,7 +89,7 @@ void InferenceOverlay::Prepare(QPainter& painter, float zoomFactor) {
         font.setPointSize(std::max(static_cast<int>(static_cast<float>(font.pointSize()) * zoomFactor), 1));
     }
     painter.setFont(font);
-    m_typesetter.SetFont(font, painter.device());
+    m_typesetter.SetFont(font, painter);
 }
 
 QString InferenceOverlay::DrawDetection(QPainter& painter, const Norvane::ImagePtr& image, float zoomFactor) {

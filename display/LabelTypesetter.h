@@ -1,55 +1,62 @@
 #pragma once
 
+#include <QColor>
 #include <QFont>
 #include <QHash>
-#include <QRawFont>
+#include <QImage>
+#include <QPainter>
+#include <QPixmap>
 #include <QRect>
 #include <QString>
 #include <QVector>
 
-class QPaintDevice;
-class QPainter;
-
-/// Sets the labels of many boxes and draws them together. Shaping text and drawing it piece by piece is what
-/// takes the time, so every word is shaped once and all words of a frame are drawn in one go. Lines break
-/// between words; what does not fit into its box is left out. User-interface thread.
+/// Sets the labels of many boxes and draws them together. Shaping text, and handing every letter to the
+/// graphics system, is what takes the time: so each word is drawn once onto a sheet, and a frame copies the
+/// words of all labels from there in one go. Lines break between words; what does not fit into its box is
+/// left out. User-interface thread.
 class LabelTypesetter {
 public:
-    /// The font of what follows, at the resolution of the device that it is drawn on.
-    void SetFont(const QFont& font, QPaintDevice* device);
+    /// The font of what follows, for a painter of the device that it is drawn on.
+    void SetFont(const QFont& font, const QPainter& painter);
     /// Sets `text` from the top left corner of `box`.
     void Add(const QRect& box, const QString& text);
-    /// Draws everything added since, with the painter's pen.
+    /// Draws everything added since, in the colour of the painter's pen.
     void Draw(QPainter& painter);
 
 private:
-    struct Glyph {
-        int font; // in m_fonts
-        quint32 index;
-        QPointF position; // from the word's left end on the baseline
-        qreal end;        // where the next one begins
+    struct Label {
+        QRect box;
+        QString text;
     };
+    /// A word on the sheet.
     struct Word {
-        QVector<Glyph> glyphs;
-        qreal width = 0;
-    };
-    struct Batch {
-        QVector<quint32> indexes;
-        QVector<QPointF> positions;
+        QRectF source;   // pixels of the sheet, with the margins
+        qreal width = 0; // to where the next one begins
     };
 
-    const Word& Shaped(const QString& text);
-    Word Shape(const QString& text);
-    Word ShapeNumber(const QString& text);
-    int FontNumber(const QRawFont& font);
-    void Place(const Word& word, const QPointF& baseline, qreal right);
+    Word WordOf(const QString& text, QPainter& painter);
+    Word PutOnSheet(const QString& text, QPainter& painter);
+    void ClearSheet();
+    void Set(const Label& label, QPainter& painter);
+    /// Finds what the sheet has of a word; returns the width of all pieces.
+    qreal CollectPieces(const QString& part, QPainter& painter);
+    void Place(const Word& word, const QPointF& topLeft, qreal right);
+    void Flush(QPainter& painter);
 
     QFont m_font;
+    QColor m_color;
     int m_dpi = 0;
+    qreal m_ratio = 1; // device pixels in one
     qreal m_ascent = 0;
     qreal m_lineHeight = 0;
     qreal m_space = 0;
+    QVector<Label> m_labels;
+    QImage m_sheet;
+    int m_sheetNumber = 0; // counts the sheets begun
+    QPixmap m_shown;       // the sheet as last handed to the graphics system
+    bool m_sheetHasGrown = false;
+    QPoint m_free; // where the next word goes, in pixels of the sheet
     QHash<QString, Word> m_words;
-    QVector<QRawFont> m_fonts; // the font itself and those that fill in for characters it lacks
-    QVector<Batch> m_batches;  // one for each of m_fonts
+    QVector<Word> m_pieces; // of the word in hand
+    QVector<QPainter::PixmapFragment> m_fragments;
 };
