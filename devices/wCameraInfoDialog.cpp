@@ -24,6 +24,9 @@ wCameraInfoDialog::wCameraInfoDialog(QString key, const QString& title, const QS
     layout->addWidget(m_checkBox);
     layout->addWidget(okButton);
     setFixedWidth(530);
+    // As high as the text at this width; the layout's own hint is for a narrower one.
+    ensurePolished();
+    resize(width(), layout->heightForWidth(width()));
 
     connect(okButton, &QPushButton::clicked, this, &wCameraInfoDialog::OnOK);
 }
