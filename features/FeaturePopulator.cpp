@@ -45,7 +45,7 @@ void FeaturePopulator::populate(INode* node, QStandardItem* parent, bool insertU
     if (access == NI) {
         return;
     }
-    if (m_callback && m_watched->insert(node).second) {
+    if (m_callback) {
         Register(node, m_callback, cbPostInsideLock);
     }
     QStandardItem* target = parent && insertUnderParent ? parent : m_model.invisibleRootItem();

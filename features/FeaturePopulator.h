@@ -15,15 +15,9 @@ class QStandardItem;
 /// Whatever a faulty node map throws leaves a partial tree behind, and a debug line.
 class FeaturePopulator {
 public:
-    using NodeSet = std::set<const Norvane::GenApi::INode*>;
-
-    explicit FeaturePopulator(FeatureModel& model) : m_model(model) {}
-    /// @param callback registered on every feature that becomes a row and is not among `watched`.
-    /// @param watched  what has the callback already; grows. It stays there for the life of the node map, so
-    /// a
-    ///                 device that is shown a hundred times must not get it a hundred times.
-    FeaturePopulator(FeatureModel& model, Norvane::GenApi::NodeCallback callback, NodeSet& watched)
-        : m_model(model), m_callback(callback), m_watched(&watched) {}
+    /// @param callback registered on every feature that becomes a row; null for none.
+    FeaturePopulator(FeatureModel& model, Norvane::GenApi::NodeCallback callback)
+        : m_model(model), m_callback(callback) {}
 
     /// What "Root" lists: below `parent`, or at the top level when it is null.
     void addHierarchy(Norvane::GenApi::INodeMap& map, QStandardItem* parent);
@@ -45,7 +39,6 @@ private:
     void populateCategory(Norvane::GenApi::INode& node, QStandardItem* parent, bool insertUnderParent);
 
     FeatureModel& m_model;
-    Norvane::GenApi::NodeCallback m_callback = nullptr;
-    NodeSet* m_watched = nullptr;
+    Norvane::GenApi::NodeCallback m_callback;
     std::vector<const Norvane::GenApi::INode*> m_path; ///< categories from Root to the one being populated
 };

@@ -273,8 +273,7 @@ void wFeatureTree::showHierarchyOrder() {
 // --- showing devices
 
 FeaturePopulator wFeatureTree::populator() {
-    return m_sameDevice ? FeaturePopulator(*m_model)
-                        : FeaturePopulator(*m_model, &wFeatureTree::Callback, m_watchedNodes);
+    return {*m_model, m_sameDevice ? nullptr : &wFeatureTree::Callback};
 }
 
 void wFeatureTree::displayCamera(const Norvane::CameraPtr& camera) {
@@ -644,7 +643,7 @@ void wFeatureTree::OnCreateFilteredTreeModel() {
             maps = {{&m_interface->GetTLNodeMap(), displayNames(m_interfaceCategories)}};
         }
         m_filteredModel->rebuild([&] {
-            FeaturePopulator populator(*m_filteredModel);
+            FeaturePopulator populator(*m_filteredModel, nullptr);
             for (const QString& name : names) {
                 const gcstring key(name.toUtf8().constData());
                 for (const auto& [map, categories] : maps) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "CustomTabInterface.h"
-#include "FeaturePopulator.h"
 
 #include "norvane/Camera.h"
 #include "norvane/Interface.h"
@@ -17,6 +16,7 @@
 #include <vector>
 
 class FeatureModel;
+class FeaturePopulator;
 class FeatureTreeView;
 class QButtonGroup;
 class QLabel;
@@ -29,7 +29,8 @@ class wPrmDialog;
 /// place, and live: the library's node callbacks rewrite the rows of what changed. A camera behind a slow
 /// link has its three header rows at once and the rows below them when the library has read it. Owned by
 /// wFeaturesTabController; all on the user-interface thread but Callback(). There is one; its callbacks stay
-/// registered for the life of the node maps.
+/// registered for the life of the node maps: a device that is shown once more is registered with once more,
+/// which costs the library nothing.
 class wFeatureTree : public CustomTabInterface {
     Q_OBJECT
 
@@ -119,10 +120,6 @@ private:
     bool m_sameDevice = false; ///< the device being shown has its callbacks already
     QString m_modelTitle;
     std::unique_ptr<Norvane::GenApi::Prefetch> m_prefetch; ///< while the shown camera is being read
-
-    /// Nodes that have the callback. Node maps live until the camera system is released, later than this
-    /// tree.
-    FeaturePopulator::NodeSet m_watchedNodes;
 
     QMutex m_pendingMutex;
     std::set<Norvane::GenApi::INode*> m_pending; ///< on their way to OnNodeChanged

@@ -41,26 +41,40 @@ public:
         CallbackList::ListenerPtr listener;
     };
 
-    CallbackHandleType Add(Registration registration) {
+    /// One more registration of a listener; the first one gives it its handle.
+    CallbackHandleType Add(const std::weak_ptr<NodeMap>& map, const CallbackList::ListenerPtr& listener) {
         const MutexLock lock(m_mutex);
-        m_registrations.emplace(++m_last, std::move(registration));
-        return m_last;
+        if (++listener->registrations == 1) {
+            listener->handle = ++m_last;
+            m_registrations.emplace(m_last, Registration{map, listener});
+        }
+        return listener->handle;
     }
 
-    bool Take(CallbackHandleType handle, Registration& registration) {
+    bool Find(CallbackHandleType handle, Registration& registration) {
         const MutexLock lock(m_mutex);
         const auto found = m_registrations.find(handle);
-        if (found == m_registrations.end()) {
+        if (found != m_registrations.end()) {
+            registration = found->second;
+        }
+        return found != m_registrations.end();
+    }
+
+    /// One registration less; with the last one the handle ends. False when there was none.
+    bool Remove(Listener& listener) {
+        const MutexLock lock(m_mutex);
+        if (listener.registrations == 0) {
             return false;
         }
-        registration = std::move(found->second);
-        m_registrations.erase(found);
+        if (--listener.registrations == 0) {
+            m_registrations.erase(listener.handle);
+        }
         return true;
     }
 
     bool Begin(Listener* listener) {
         const MutexLock lock(m_mutex);
-        if (listener->handles == 0) {
+        if (listener->registrations == 0) {
             return false;
         }
         m_running.push_back(listener);
@@ -70,10 +84,6 @@ public:
         const MutexLock lock(m_mutex);
         m_running.erase(std::find(m_running.begin(), m_running.end(), listener));
         m_ended.notify_all();
-    }
-    void Change(Listener& listener, int handles) {
-        const MutexLock lock(m_mutex);
-        listener.handles += handles;
     }
     void WaitFor(Listener* listener) {
         MutexLock lock(m_mutex);
@@ -102,20 +112,13 @@ CallbackList::ListenerPtr CallbackList::Add(Node& node, NodeCallback function, E
     const auto same = std::find_if(listeners.begin(), listeners.end(), [&](const ListenerPtr& listener) {
         return listener->function == function && listener->type == type;
     });
-    const auto listener =
-        same != listeners.end()
-            ? *same
-            : listeners.emplace_back(std::make_shared<Listener>(Listener{&node, function, type}));
-    TheRegistry().Change(*listener, +1);
     node.m_hasListeners = true;
-    return listener;
+    return same != listeners.end()
+               ? *same
+               : listeners.emplace_back(std::make_shared<Listener>(Listener{&node, function, type}));
 }
 
 void CallbackList::Remove(const ListenerPtr& listener) {
-    TheRegistry().Change(*listener, -1);
-    if (listener->handles > 0) {
-        return;
-    }
     auto& listeners = m_listeners[listener->node];
     listeners.erase(std::remove(listeners.begin(), listeners.end(), listener), listeners.end());
     listener->node->m_hasListeners = !listeners.empty();
@@ -149,7 +152,7 @@ void CallbackList::RunInside() {
             }
             const auto listeners = found->second; // a callback may register and deregister
             for (const auto& listener : listeners) {
-                if (listener->handles == 0) {
+                if (listener->registrations == 0) {
                     continue;
                 }
                 if (listener->type == cbPostInsideLock) {
@@ -183,23 +186,30 @@ CallbackHandleType Register(INode* node, NodeCallback function, ECallbackType ty
     }
     auto& map = inner->Map();
     const Operation operation(map);
-    return TheRegistry().Add({map.weak_from_this(), map.Callbacks().Add(*inner, function, type)});
+    return TheRegistry().Add(map.weak_from_this(), map.Callbacks().Add(*inner, function, type));
 }
 
 bool Deregister(CallbackHandleType handle) {
     Registry::Registration registration;
-    if (!TheRegistry().Take(handle, registration)) {
+    if (!TheRegistry().Find(handle, registration)) {
         return false;
     }
+    auto& listener = registration.listener;
+    bool removed = false;
     if (const auto map = registration.map.lock()) {
         // Taking the lock waits for a call inside it.
         const Operation operation(*map);
-        map->Callbacks().Remove(registration.listener);
+        removed = TheRegistry().Remove(*listener);
+        if (removed && listener->registrations == 0) {
+            map->Callbacks().Remove(listener);
+        }
+    } else {
+        removed = TheRegistry().Remove(*listener);
     }
-    if (t_inCallback == 0) {
-        TheRegistry().WaitFor(registration.listener.get());
+    if (removed && t_inCallback == 0) {
+        TheRegistry().WaitFor(listener.get());
     }
-    return true;
+    return removed;
 }
 
 } // namespace Norvane::GenApi

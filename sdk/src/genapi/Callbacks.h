@@ -12,12 +12,14 @@ namespace Norvane::GenApi {
 
 class Node;
 
-/// One callback of one node; several handles may stand for it.
+/// One callback of one node, however often it was registered.
 struct Listener {
     Node* node;
     NodeCallback function;
     ECallbackType type;
-    int handles = 0;
+    // Written with the map's lock and the registry's held.
+    std::int64_t registrations = 0;
+    CallbackHandleType handle = 0;
 };
 
 /// The callbacks of one node map and the changes that wait for them. Everything but the run outside the lock
@@ -27,7 +29,6 @@ public:
     using ListenerPtr = std::shared_ptr<Listener>;
 
     ListenerPtr Add(Node& node, NodeCallback function, ECallbackType type);
-    /// Gives back one handle.
     void Remove(const ListenerPtr& listener);
 
     bool Any() const { return !m_listeners.empty(); }

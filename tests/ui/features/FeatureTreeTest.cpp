@@ -166,6 +166,38 @@ TEST_F(FeatureTreeTest, FollowsChangesFromOtherThreads) {
     EXPECT_EQ(updated.count(), 1);
 }
 
+/// Turning to another camera and back registers the callback anew, and the library keeps nothing for it.
+TEST_F(FeatureTreeTest, GoingToAndFroBetweenCamerasGathersNothing) {
+    const auto first = makeCamera();
+    const auto second = makeCamera();
+    const auto lastHandle = [] {
+        const auto handle =
+            Register(makeMap(number("Integer", "Own", "0"), nullptr)->GetNode("Own"), [](INode*) {});
+        Deregister(handle);
+        return handle;
+    };
+    show(second);
+    show(first);
+    const auto before = lastHandle();
+    constexpr int kTimes = 10;
+    for (int i = 0; i < kTimes; ++i) {
+        show(second);
+        show(first);
+    }
+    EXPECT_EQ(lastHandle(), before + 1);
+    QSignalSpy updated(m_tree.get(), SIGNAL(NodeUpdated(Norvane::GenApi::INode*)));
+    INode* const width = first->deviceMap->GetNode("Width");
+    CIntegerPtr(width)->SetValue(640);
+    EXPECT_EQ(updated.count(), 1);
+    EXPECT_EQ(shown("Width"), "640");
+    const auto handle = Register(width, &wFeatureTree::Callback);
+    int registrations = -1;
+    while (Deregister(handle)) {
+        ++registrations;
+    }
+    EXPECT_EQ(registrations, 1 + kTimes);
+}
+
 TEST_F(FeatureTreeTest, AStormOfChangesQueuesOneUpdate) {
     show(makeCamera());
     QSignalSpy updated(m_tree.get(), SIGNAL(NodeUpdated(Norvane::GenApi::INode*)));

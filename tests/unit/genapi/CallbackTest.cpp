@@ -51,12 +51,14 @@ TEST_F(Callbacks, FireOncePerChangeForAllThatDepends) {
     EXPECT_EQ(Sorted(), Names{});
 }
 
-TEST_F(Callbacks, EqualRegistrationsFireOnceAndEachHasItsHandle) {
+TEST_F(Callbacks, EqualRegistrationsFireOnceAndShareAHandle) {
     const auto first = Register(t.map->GetNode("A"), Record);
     const auto second = Register(t.map->GetNode("A"), Record);
     const auto outside = Register(t.map->GetNode("A"), Record, cbPostOutsideLock);
     const auto other = Register(t.map->GetNode("A"), RecordAgain);
-    EXPECT_NE(first, second);
+    EXPECT_EQ(first, second);
+    EXPECT_NE(first, outside);
+    EXPECT_NE(first, other);
     t.Int("A")->SetValue(1);
     EXPECT_EQ(Sorted(), (Names{"A", "A", "A'"}));
     EXPECT_TRUE(Deregister(outside) && Deregister(first) && Deregister(other));
@@ -66,6 +68,14 @@ TEST_F(Callbacks, EqualRegistrationsFireOnceAndEachHasItsHandle) {
     EXPECT_FALSE(Deregister(second));
     t.Int("A")->SetValue(3);
     EXPECT_EQ(Sorted(), Names{});
+    const auto anew = Register(t.map->GetNode("A"), Record);
+    EXPECT_FALSE(Deregister(first)) << "an ended handle does not come back";
+    t.Int("A")->SetValue(4);
+    EXPECT_EQ(Sorted(), Names{"A"});
+    for (int i = 0; i < 100; ++i) {
+        Register(t.map->GetNode("A"), Record);
+    }
+    EXPECT_EQ(Register(t.map->GetNode("Other"), Record), anew + 1) << "nothing was kept for a repetition";
     EXPECT_THROW(Register(nullptr, Record), Exception);
 }
 

@@ -11,7 +11,8 @@ using CallbackHandleType = std::int64_t;
 
 /// Calls `function` whenever the node's value, range or access mode may have changed: once per change, on the
 /// thread that caused it, inside or after the node map's lock. The same function registered again for the
-/// same node and type gets a handle of its own but is still called once per change.
+/// same node and type is still called once per change and keeps its handle, which then stands for as many
+/// registrations.
 /// @throws Exception (GenApiLogical) for a null node.
 CallbackHandleType Register(INode* node, NodeCallback function, ECallbackType type = cbPostInsideLock);
 
