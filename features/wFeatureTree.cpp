@@ -236,14 +236,16 @@ void wFeatureTree::clearTreeView() {
     m_searchBox->clear();
     clearFilteredTreeModel();
     m_model->clearRows();
-    {
-        const QMutexLocker lock(&m_categoryMutex);
-        m_deviceCategories.clear();
-        m_tlDeviceCategories.clear();
-        m_streamCategories.clear();
-        m_interfaceCategories.clear();
-    }
+    clearCategories();
     finishView();
+}
+
+void wFeatureTree::clearCategories() {
+    const QMutexLocker lock(&m_categoryMutex);
+    m_deviceCategories.clear();
+    m_tlDeviceCategories.clear();
+    m_streamCategories.clear();
+    m_interfaceCategories.clear();
 }
 
 void wFeatureTree::OnTreeViewCleared() {
@@ -277,7 +279,7 @@ FeaturePopulator wFeatureTree::populator() {
 }
 
 void wFeatureTree::displayCamera(const Norvane::CameraPtr& camera) {
-    if (m_prefetch && camera == m_camera) {
+    if (m_prefetch && camera == m_camera && camera->IsInitialized()) {
         showReading();
         return;
     }
@@ -313,6 +315,7 @@ void wFeatureTree::displayCamera(const Norvane::CameraPtr& camera) {
 }
 
 void wFeatureTree::showReading() {
+    clearCategories(); // telling which there are may take a register, too
     clearTreeModel();
     showHierarchyOrder();
     showMaps(false);
@@ -340,14 +343,16 @@ void wFeatureTree::OnCameraRead() {
     }
     m_prefetch.reset();
     clearDescLabel();
-    takeCategories();
-    if (m_sortButtons->checkedId() == ByAlpha) {
-        OnSortTreeByAlpha();
-    } else {
-        clearTreeModel();
-        guarded("feature tree of a camera", [this] { showMaps(true); });
-        OnUpdateFilteredModel();
-    }
+    guarded("feature tree of a camera", [this] {
+        takeCategories();
+        if (m_sortButtons->checkedId() != ByAlpha) {
+            clearTreeModel();
+            showMaps(true);
+            OnUpdateFilteredModel();
+        } else {
+            OnSortTreeByAlpha();
+        }
+    });
     m_sameDevice = true;
     finishView();
 }

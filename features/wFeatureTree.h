@@ -98,6 +98,7 @@ private:
     /// What is shown until then.
     void showReading();
     void takeCategories();
+    void clearCategories();
     /// The three header rows, with the features below them or without.
     void showMaps(bool withFeatures);
 
