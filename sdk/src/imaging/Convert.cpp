@@ -2,6 +2,7 @@
 
 #include "imaging/ColorRows.h"
 #include "imaging/Demosaic/Demosaic.h"
+#include "imaging/Pack.h"
 #include "imaging/RowPool.h"
 #include "imaging/RowReader.h"
 #include "imaging/Scratch.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace Norvane::Imaging {
 namespace {
@@ -167,6 +169,27 @@ void CopyRows(const PixelView& source, const PixelLayout& layout, const PixelTar
             });
 }
 
+/// Copies an image of a bit packing of which at least one side has rows that follow one another without
+/// regard to bytes.
+void CopyBits(const RowReader& reader, const PixelView& source, const PixelTarget& target) {
+    const PixelLayout& layout = reader.Layout();
+    if (source.stride == target.stride) {
+        std::memcpy(target.data, source.data,
+                    static_cast<std::size_t>(BytesNeeded(layout, source.width, source.height, 0)));
+        return;
+    }
+    const std::size_t perRow = ComponentsPerRow(layout, source.width);
+    const std::size_t rows = target.stride == 0 ? source.height : 1; // that are packed as one
+    std::vector<std::uint16_t> numbers(perRow * rows);
+    for (std::size_t y = 0; y < source.height; y += rows) {
+        for (std::size_t row = 0; row < rows; ++row) {
+            reader.ReadNumbers(y + row, numbers.data() + row * perRow);
+        }
+        PackNumbers(numbers.data(), numbers.size(), layout.packing, layout.info.significantBits,
+                    target.data + y * target.stride);
+    }
+}
+
 } // namespace
 
 bool IsConversionTarget(PixelFormatEnums format) noexcept {
@@ -190,8 +213,12 @@ void ConvertPixels(const PixelView& source, const PixelTarget& target, ColorProc
                             ", the image " + std::to_string(source.width) + " x " +
                             std::to_string(source.height));
     }
-    if (target.format == source.format && source.stride != 0) {
-        CopyRows(source, from, target);
+    if (target.format == source.format) {
+        if (source.stride != 0 && target.stride != 0) {
+            CopyRows(source, from, target);
+        } else {
+            CopyBits(reader, source, target);
+        }
         return;
     }
     if (!IsConversionTarget(target.format)) {

@@ -50,6 +50,10 @@ void RowReader::Read(std::size_t y, T* out) const {
     }
 }
 
+void RowReader::ReadNumbers(std::size_t y, std::uint16_t* out) const {
+    UnpackNumbers(SamplesOfRow(m_view, *m_layout, y), ComponentsPerRow(*m_layout, m_view.width), out);
+}
+
 template <class T>
 void RowReader::ReadColor(std::size_t y, T* out) const {
     const std::size_t width = m_view.width;

@@ -24,6 +24,9 @@ public:
     template <class T>
     void Read(std::size_t y, T* out) const;
 
+    /// The row's components as the numbers they are, one plane's where there are planes.
+    void ReadNumbers(std::size_t y, std::uint16_t* out) const;
+
     /// The row's own bytes when they already are what Read would give for T; else null, and so for every
     /// row.
     template <class T>

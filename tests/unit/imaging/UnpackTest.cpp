@@ -5,9 +5,11 @@
 #include "norvane/Exception.h"
 #include "norvane/Image.h"
 
+#include <arv.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <random>
 #include <set>
@@ -146,6 +148,98 @@ TEST(PixelFormats, TableAgreesWithItself) {
     EXPECT_EQ(FindPixelFormatByName("Mono9"), nullptr);
 }
 
+/// Number of bits in a format's name: the first one that does not name a matrix or a way of sharing chroma.
+unsigned BitsInName(std::string_view name) {
+    for (std::size_t i = 0; i < name.size();) {
+        unsigned number = 0;
+        for (; i < name.size() && std::isdigit(static_cast<unsigned char>(name[i])); ++i) {
+            number = number * 10 + static_cast<unsigned>(name[i] - '0');
+        }
+        if (number == 565) {
+            return 6; // of green, the deepest
+        }
+        if (number != 0 && number < 100) {
+            return number;
+        }
+        i += number == 0;
+    }
+    return 0;
+}
+
+TEST(PixelFormats, CodesAndDepthsAreThoseThatOthersKnow) {
+    for (const PixelLayout* layout : AllLayouts()) {
+        EXPECT_EQ(layout->info.significantBits, BitsInName(layout->info.name)) << layout->info.name;
+    }
+    static const struct {
+        const char* name;
+        std::uint32_t code;
+    } kKnown[] = {
+        {"Mono8", ARV_PIXEL_FORMAT_MONO_8},
+        {"Mono8s", ARV_PIXEL_FORMAT_MONO_8_SIGNED},
+        {"Mono10", ARV_PIXEL_FORMAT_MONO_10},
+        {"Mono10Packed", ARV_PIXEL_FORMAT_MONO_10_PACKED},
+        {"Mono12", ARV_PIXEL_FORMAT_MONO_12},
+        {"Mono12Packed", ARV_PIXEL_FORMAT_MONO_12_PACKED},
+        {"Mono14", ARV_PIXEL_FORMAT_MONO_14},
+        {"Mono16", ARV_PIXEL_FORMAT_MONO_16},
+        {"BayerGR8", ARV_PIXEL_FORMAT_BAYER_GR_8},
+        {"BayerRG8", ARV_PIXEL_FORMAT_BAYER_RG_8},
+        {"BayerGB8", ARV_PIXEL_FORMAT_BAYER_GB_8},
+        {"BayerBG8", ARV_PIXEL_FORMAT_BAYER_BG_8},
+        {"BayerGR10", ARV_PIXEL_FORMAT_BAYER_GR_10},
+        {"BayerRG10", ARV_PIXEL_FORMAT_BAYER_RG_10},
+        {"BayerGB10", ARV_PIXEL_FORMAT_BAYER_GB_10},
+        {"BayerBG10", ARV_PIXEL_FORMAT_BAYER_BG_10},
+        {"BayerGR12", ARV_PIXEL_FORMAT_BAYER_GR_12},
+        {"BayerRG12", ARV_PIXEL_FORMAT_BAYER_RG_12},
+        {"BayerGB12", ARV_PIXEL_FORMAT_BAYER_GB_12},
+        {"BayerBG12", ARV_PIXEL_FORMAT_BAYER_BG_12},
+        {"BayerGR16", ARV_PIXEL_FORMAT_BAYER_GR_16},
+        {"BayerRG16", ARV_PIXEL_FORMAT_BAYER_RG_16},
+        {"BayerGB16", ARV_PIXEL_FORMAT_BAYER_GB_16},
+        {"BayerBG16", ARV_PIXEL_FORMAT_BAYER_BG_16},
+        {"BayerGR10p", ARV_PIXEL_FORMAT_BAYER_GR_10P},
+        {"BayerRG10p", ARV_PIXEL_FORMAT_BAYER_RG_10P},
+        {"BayerGB10p", ARV_PIXEL_FORMAT_BAYER_GB_10P},
+        {"BayerBG10p", ARV_PIXEL_FORMAT_BAYER_BG_10P},
+        {"BayerGR12p", ARV_PIXEL_FORMAT_BAYER_GR_12P},
+        {"BayerRG12p", ARV_PIXEL_FORMAT_BAYER_RG_12P},
+        {"BayerGB12p", ARV_PIXEL_FORMAT_BAYER_GB_12P},
+        {"BayerBG12p", ARV_PIXEL_FORMAT_BAYER_BG_12P},
+        {"BayerGR10Packed", ARV_PIXEL_FORMAT_BAYER_GR_10_PACKED},
+        {"BayerRG10Packed", ARV_PIXEL_FORMAT_BAYER_RG_10_PACKED},
+        {"BayerGB10Packed", ARV_PIXEL_FORMAT_BAYER_GB_10_PACKED},
+        {"BayerBG10Packed", ARV_PIXEL_FORMAT_BAYER_BG_10_PACKED},
+        {"BayerGR12Packed", ARV_PIXEL_FORMAT_BAYER_GR_12_PACKED},
+        {"BayerRG12Packed", ARV_PIXEL_FORMAT_BAYER_RG_12_PACKED},
+        {"BayerGB12Packed", ARV_PIXEL_FORMAT_BAYER_GB_12_PACKED},
+        {"BayerBG12Packed", ARV_PIXEL_FORMAT_BAYER_BG_12_PACKED},
+        {"RGB8", ARV_PIXEL_FORMAT_RGB_8_PACKED},
+        {"BGR8", ARV_PIXEL_FORMAT_BGR_8_PACKED},
+        {"RGBa8", ARV_PIXEL_FORMAT_RGBA_8_PACKED},
+        {"BGRa8", ARV_PIXEL_FORMAT_BGRA_8_PACKED},
+        {"RGB10", ARV_PIXEL_FORMAT_RGB_10_PACKED},
+        {"BGR10", ARV_PIXEL_FORMAT_BGR_10_PACKED},
+        {"RGB12", ARV_PIXEL_FORMAT_RGB_12_PACKED},
+        {"BGR12", ARV_PIXEL_FORMAT_BGR_12_PACKED},
+        {"YUV411_8_UYYVYY", ARV_PIXEL_FORMAT_YUV_411_PACKED},
+        {"YUV422_8_UYVY", ARV_PIXEL_FORMAT_YUV_422_PACKED},
+        {"YUV8_UYV", ARV_PIXEL_FORMAT_YUV_444_PACKED},
+        {"RGB8_Planar", ARV_PIXEL_FORMAT_RGB_8_PLANAR},
+        {"RGB10_Planar", ARV_PIXEL_FORMAT_RGB_10_PLANAR},
+        {"RGB12_Planar", ARV_PIXEL_FORMAT_RGB_12_PLANAR},
+        {"RGB16_Planar", ARV_PIXEL_FORMAT_RGB_16_PLANAR},
+        {"YUV422_8", ARV_PIXEL_FORMAT_YUV_422_YUYV_PACKED},
+        {"Raw8", ARV_PIXEL_FORMAT_DATA_8},
+        {"Raw16", ARV_PIXEL_FORMAT_DATA_16},
+    };
+    for (const auto& known : kKnown) {
+        const PixelFormatInfo* info = FindPixelFormatByName(known.name);
+        ASSERT_NE(info, nullptr) << known.name;
+        EXPECT_EQ(info->pfncCode, known.code) << known.name;
+    }
+}
+
 TEST(PixelFormats, SizesRoundUpToTheGroupsThatShareBytes) {
     EXPECT_EQ(PixelFormatImageSize(PixelFormat_Mono10p, 5, 2), 14U);
     EXPECT_EQ(PixelFormatImageSize(PixelFormat_Mono12Packed, 3, 1), 5U);
@@ -261,6 +355,29 @@ TEST(PixelFormats, RowsThatShareBytesAreFollowedBitByBit) {
             got.push_back(static_cast<unsigned>(v) >> (16 - layout.info.significantBits));
         }
         EXPECT_THAT(got, ElementsAreArray(numbers)) << layout.info.name;
+
+        // Into memory whose rows begin on bytes, and back.
+        const std::size_t perRow = numbers.size() / kHeight;
+        std::vector<std::uint8_t> rows;
+        for (std::size_t y = 0; y < kHeight; ++y) {
+            Packer row(layout);
+            row.Row({numbers.begin() + static_cast<std::ptrdiff_t>(y * perRow),
+                     numbers.begin() + static_cast<std::ptrdiff_t>((y + 1) * perRow)});
+            const std::vector<std::uint8_t> packed = row.Bytes();
+            rows.insert(rows.end(), packed.begin(), packed.end());
+        }
+        std::vector<std::uint8_t> target(rows.size(), 0xEE);
+        const ImagePtr over = Image::Create(kWidth, kHeight, 0, 0, format, target.data());
+        EXPECT_NE(over->GetStride(), 0U);
+        image->Convert(over);
+        EXPECT_EQ(target, rows) << layout.info.name;
+        std::vector<std::uint8_t> again(bytes.size(), 0xEE);
+        const ImagePtr bitwise = Imaging::MakeImage(shape, again.data(), again.size(), nullptr);
+        over->Convert(bitwise);
+        EXPECT_EQ(again, bytes) << layout.info.name;
+        std::fill(again.begin(), again.end(), std::uint8_t{0xEE});
+        image->Convert(bitwise);
+        EXPECT_EQ(again, bytes) << layout.info.name;
     }
 }
 
