@@ -6,6 +6,7 @@
 #define HWY_TARGET_INCLUDE "imaging/ColorRows.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
+#include "imaging/Interleave-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Norvane::Imaging::HWY_NAMESPACE {
@@ -21,7 +22,7 @@ std::size_t Swap(const T* in, std::size_t pixels, T* out) {
     for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
         hn::Vec<decltype(d)> a, b, c;
         hn::LoadInterleaved3(d, in + 3 * i, a, b, c);
-        hn::StoreInterleaved3(c, b, a, d, out + 3 * i);
+        StoreThree(d, c, b, a, out + 3 * i);
     }
     return i;
 }
@@ -31,8 +32,7 @@ std::size_t Repeat(const T* in, std::size_t pixels, T* out) {
     const hn::ScalableTag<T> d;
     std::size_t i = 0;
     for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
-        const auto v = hn::LoadU(d, in + i);
-        hn::StoreInterleaved3(v, v, v, d, out + 3 * i);
+        StoreThrice(d, hn::LoadU(d, in + i), out + 3 * i);
     }
     return i;
 }
@@ -75,7 +75,7 @@ std::size_t FourToThree(const T* in, std::size_t pixels, T* out) {
     for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
         hn::Vec<decltype(d)> a, b, c, alpha;
         hn::LoadInterleaved4(d, in + 4 * i, a, b, c, alpha);
-        hn::StoreInterleaved3(a, b, c, d, out + 3 * i);
+        StoreThree(d, a, b, c, out + 3 * i);
     }
     return i;
 }

@@ -8,6 +8,7 @@
 
 #include "hwy/highway.h"
 #include "imaging/Demosaic/WindowKernels.h"
+#include "imaging/Interleave-inl.h"
 
 #include <cstring>
 #include <type_traits>
@@ -52,8 +53,7 @@ HWY_INLINE void ForColorVectors(D d, const WindowRow<T>& row, Function&& pixels)
             V own, green, other;
             pixels(x, own, green, other);
             const bool whole = x + lanes <= width;
-            hn::StoreInterleaved3(redRow ? other : own, green, redRow ? own : other, d,
-                                  whole ? out + 3 * x : last);
+            StoreThree(d, redRow ? other : own, green, redRow ? own : other, whole ? out + 3 * x : last);
             if (!whole) {
                 std::memcpy(out + 3 * x, last, 3 * (width - x) * sizeof(T));
             }
