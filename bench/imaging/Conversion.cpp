@@ -1,9 +1,10 @@
 // How long conversions and savers take at 2448 x 2048, each measured in turn with its peer or its physical
-// limit, so that whatever else the machine does meets both. `ms` is the library's median, `peer_ms` the
-// peer's, `ratio` the median of the quotients of neighbouring runs. On a busy machine look at `cpu_ratio`,
-// the same of the calling thread's processor time (where one thread does the work), and at the least of each,
-// `best`.
+// limit, so that whatever else the machine does meets both; all of them work in memory as the library
+// allocates it. `ms` is the library's median, `peer_ms` the peer's, `ratio` the median of the quotients of
+// neighbouring runs. On a busy machine look at `cpu_ratio`, the same of the calling thread's processor time
+// (where one thread does the work), and at the least of each, `best`.
 
+#include "imaging/PixelMemory.h"
 #include "imaging/RowPool.h"
 
 #include "norvane/Image.h"
@@ -21,6 +22,7 @@
 #include <ctime>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -57,9 +59,25 @@ double Median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
+/// Memory as the library's own images have it: huge pages where the system gives them.
+class Pixels {
+public:
+    explicit Pixels(std::size_t size, std::uint8_t value = 0)
+        : m_memory(Imaging::AllocatePixels(size)), m_size(size) {
+        std::memset(data(), value, size);
+    }
+    std::uint8_t* data() const { return m_memory.get(); }
+    std::size_t size() const { return m_size; }
+
+private:
+    std::shared_ptr<std::uint8_t> m_memory;
+    std::size_t m_size;
+};
+
 /// Something that looks like a camera's image: structure and noise.
-std::vector<std::uint8_t> Scene(std::size_t bytes) {
-    std::vector<std::uint8_t> scene(bytes);
+Pixels Scene(std::size_t bytes) {
+    Pixels pixels(bytes);
+    std::uint8_t* scene = pixels.data();
     std::uint32_t random = 1;
     for (std::size_t i = 0; i < bytes; ++i) {
         random = random * 1664525U + 1013904223U;
@@ -67,7 +85,7 @@ std::vector<std::uint8_t> Scene(std::size_t bytes) {
             std::sin(static_cast<double>(i % kWidth) / 40) * std::cos(static_cast<double>(i / kWidth) / 55);
         scene[i] = static_cast<std::uint8_t>(128 + 90 * wave + (random >> 24) % 5);
     }
-    return scene;
+    return pixels;
 }
 
 /// Runs `ours` and `peer` in turn as often as the framework asks.
@@ -93,12 +111,12 @@ void Pair(benchmark::State& state, const std::function<void()>& ours, const std:
 
 struct Conversion {
     Conversion(PixelFormatEnums from, PixelFormatEnums to)
-        : source(Scene(PixelFormatImageSize(from, kWidth, kHeight))) {
-        target.resize(PixelFormatImageSize(to, kWidth, kHeight), 1);
+        : source(Scene(PixelFormatImageSize(from, kWidth, kHeight))),
+          target(PixelFormatImageSize(to, kWidth, kHeight), 1) {
         in = Image::Create(kWidth, kHeight, 0, 0, from, source.data());
         out = Image::Create(kWidth, kHeight, 0, 0, to, target.data());
     }
-    std::vector<std::uint8_t> source, target;
+    Pixels source, target;
     ImagePtr in, out;
 };
 
@@ -139,7 +157,7 @@ void ReadAndWrite(Conversion& c) {
 /// A memcpy that reads and writes, together, as many bytes as source and target have.
 void CopyBoth(Conversion& c) {
     const std::size_t half = (c.source.size() + c.target.size()) / 2;
-    static std::vector<std::uint8_t> from(kPixels * 4, 1), to(kPixels * 4, 2);
+    static const Pixels from(kPixels * 4, 1), to(kPixels * 4, 2);
     std::memcpy(to.data(), from.data(), half);
     benchmark::DoNotOptimize(to.data());
 }
@@ -149,7 +167,7 @@ std::string TemporaryFile() {
 }
 
 ImagePtr ColorScene() {
-    static std::vector<std::uint8_t> mosaic = Scene(kPixels);
+    static const Pixels mosaic = Scene(kPixels);
     static const ImagePtr color = Image::Create(kWidth, kHeight, 0, 0, PixelFormat_BayerRG8, mosaic.data())
                                       ->Convert(PixelFormat_BGR8, BILINEAR);
     return color;
