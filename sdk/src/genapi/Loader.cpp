@@ -27,7 +27,9 @@ constexpr int kMostComplaints = 100;
 class UnsupportedNode final : public Node {
 public:
     using Node::Node;
-    bool LoadElement(Tag, pugi::xml_node, Loader&) override { return true; }
+    bool LoadElement(Tag tag, pugi::xml_node element, Loader& loader) override {
+        return tag != Tag::DisplayName || Node::LoadElement(tag, element, loader);
+    }
     void CollectEdges(EdgeSink&) override {}
 };
 
@@ -198,6 +200,10 @@ Node* Loader::Create(Tag tag, pugi::xml_node xml, std::string_view name, bool hi
 void Loader::CreateNodes() {
     // Groups only structure the file, to any depth; they are walked without recursion.
     const auto root = m_map.m_document.document_element();
+    constexpr std::size_t kBytesPerNode = 200; // what makers write on the average, rather less than more
+    const auto expected = m_map.m_text.size() / kBytesPerNode;
+    m_map.m_byName.reserve(expected);
+    m_map.m_nodes.reserve(expected);
     auto xml = root.first_child();
     while (xml) {
         const Tag tag = TagOf(xml.name());
@@ -319,14 +325,16 @@ PortNode* Loader::MainPort() {
 }
 
 RegisterTarget* Loader::Target(const AddressPlan& plan) {
-    auto& candidates = m_targets[plan.constant];
-    for (RegisterTarget* target : candidates) {
-        if (target->Plan() == plan) {
-            return target;
+    const auto [first, last] = m_targets.equal_range(plan.constant);
+    for (auto at = first; at != last; ++at) {
+        if (at->second->Plan() == plan) {
+            return at->second;
         }
     }
-    auto* const target = m_map.m_targets.emplace_back(std::make_unique<RegisterTarget>(plan)).get();
-    candidates.push_back(target);
+    void* const memory = m_map.m_arena.allocate(sizeof(RegisterTarget), alignof(RegisterTarget));
+    auto* const target = new (memory) RegisterTarget(plan, m_map.m_arena);
+    m_map.m_targets.push_back(target);
+    m_targets.emplace(plan.constant, target);
     plan.port->AddTarget(target);
     return target;
 }

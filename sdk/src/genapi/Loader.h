@@ -4,6 +4,7 @@
 #include "genapi/RegisterTarget.h"
 
 #include <functional>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -67,8 +68,10 @@ private:
     void AddTriggers();
 
     NodeMap& m_map;
-    std::unordered_map<std::size_t, Node*> m_nested;                          ///< by the hash of the element
-    std::unordered_map<std::int64_t, std::vector<RegisterTarget*>> m_targets; ///< by the address's constant
+    std::pmr::monotonic_buffer_resource m_scratch;
+    std::pmr::unordered_map<std::size_t, Node*> m_nested{&m_scratch}; ///< by the hash of the element
+    /// By the address's constant.
+    std::pmr::unordered_multimap<std::int64_t, RegisterTarget*> m_targets{&m_scratch};
     std::unordered_set<std::string> m_unknown;
     AddressPlan m_plan;
     PortNode* m_mainPort = nullptr;

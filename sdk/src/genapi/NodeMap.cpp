@@ -18,6 +18,9 @@ NodeMap::~NodeMap() {
     for (Node* node : m_nodes) {
         node->~Node();
     }
+    for (RegisterTarget* target : m_targets) {
+        target->~RegisterTarget();
+    }
 }
 
 INode* NodeMap::GetNode(const gcstring& name) const {
@@ -70,10 +73,11 @@ std::string NodeMap::FaultOf(const Node& node) const {
 }
 
 void NodeMap::ValueChanged(Node& node) {
-    ValuesChanged({&node});
+    Node* const one = &node;
+    ValuesChanged({&one, 1});
 }
 
-void NodeMap::ValuesChanged(const std::vector<Node*>& nodes) {
+void NodeMap::ValuesChanged(std::span<Node* const> nodes) {
     ++m_epoch;
     std::vector<std::uint32_t> roots;
     roots.reserve(nodes.size());

@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <memory_resource>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -66,7 +67,7 @@ public:
     /// The value of `node` was written: what depends on it is forgotten, itself excepted.
     void ValueChanged(Node& node);
     /// As ValueChanged, for all registers whose bytes changed together.
-    void ValuesChanged(const std::vector<Node*>& nodes);
+    void ValuesChanged(std::span<Node* const> nodes);
     /// Forgets the node itself, the registers behind it, and what depends on them.
     void Refresh(Node& node);
     /// Takes notice of a port that was opened or closed. Part of every operation, so as cheap as can be.
@@ -113,9 +114,9 @@ private:
     pugi::xml_document m_document;
     std::vector<Node*> m_nodes; ///< in the description's order; a hidden one has no place in m_byName
     std::vector<Link> m_links;
-    std::unordered_map<std::string_view, Node*> m_byName;
+    std::pmr::unordered_map<std::string_view, Node*> m_byName{&m_arena};
     std::unordered_map<const Node*, std::string> m_faults;
-    std::vector<std::unique_ptr<RegisterTarget>> m_targets;
+    std::vector<RegisterTarget*> m_targets; ///< in the arena, as the nodes
     struct LivePort {
         IPort* port;
         Published<EAccessMode> mode;

@@ -206,7 +206,7 @@ void RegisterCore::Write(const std::uint8_t* data, std::int64_t length) {
         target.Unresolve();
     }
     target.Resolve(false);
-    std::vector<Node*> changed = target.Users();
+    std::vector<Node*> changed(target.Users().begin(), target.Users().end());
     map.BytesWritten(target.Port(), target.Address(), target.Length(), &target, changed);
     try {
         target.Port().Write(data, target.Address(), length);

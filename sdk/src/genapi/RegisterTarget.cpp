@@ -18,7 +18,8 @@ std::int64_t WrappingMultiply(std::int64_t left, std::int64_t right) {
 
 } // namespace
 
-RegisterTarget::RegisterTarget(AddressPlan plan) : m_plan(std::move(plan)) {
+RegisterTarget::RegisterTarget(AddressPlan plan, std::pmr::memory_resource& memory)
+    : m_plan(std::move(plan)), m_users(&memory) {
     if (IsStatic()) {
         m_address = m_plan.constant;
         m_length = m_plan.length;
@@ -47,13 +48,17 @@ void RegisterTarget::Resolve(bool fresh) {
         if (address != m_address || length != m_length) {
             m_epoch = 0;
             m_seen = false;
+            if (length != m_length) {
+                m_few.fill(0);
+                m_many.clear();
+            }
             m_address = address;
             m_length = length;
         }
         m_resolved = true;
     }
-    if (m_bytes.size() != static_cast<std::size_t>(m_length)) {
-        m_bytes.assign(static_cast<std::size_t>(m_length), 0);
+    if (m_length > kFew && m_many.size() != static_cast<std::size_t>(m_length)) {
+        m_many.assign(static_cast<std::size_t>(m_length), 0);
     }
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <limits>
+#include <memory_resource>
 #include <vector>
 
 namespace Norvane::GenApi {
@@ -35,7 +37,10 @@ struct AddressPlan {
 /// Owned by the node map, guarded by its lock.
 class RegisterTarget {
 public:
-    explicit RegisterTarget(AddressPlan plan);
+    /// @param memory  must outlive the object.
+    RegisterTarget(AddressPlan plan, std::pmr::memory_resource& memory);
+    RegisterTarget(const RegisterTarget&) = delete;
+    RegisterTarget& operator=(const RegisterTarget&) = delete;
 
     const AddressPlan& Plan() const { return m_plan; }
     PortNode& Port() const { return *m_plan.port; }
@@ -49,7 +54,7 @@ public:
     void Resolve(bool fresh);
     void Unresolve() { m_resolved = m_resolved && IsStatic(); }
 
-    std::uint8_t* Bytes() { return m_bytes.data(); }
+    std::uint8_t* Bytes() { return m_length <= kFew ? m_few.data() : m_many.data(); }
     /// The epoch at which the bytes were last known to be the port's; 0 when they are not.
     std::uint64_t Epoch() const { return m_epoch; }
     void SetEpoch(std::uint64_t epoch) {
@@ -64,7 +69,7 @@ public:
         return true;
     }
 
-    std::vector<Node*>& Users() { return m_users; }
+    std::pmr::vector<Node*>& Users() { return m_users; }
     bool m_anyUncachable = false; ///< a user that is not cached, or not after writing
 
 private:
@@ -72,8 +77,12 @@ private:
     std::int64_t m_address = 0;
     std::int64_t m_length = 0;
     std::uint64_t m_epoch = 0;
-    std::vector<std::uint8_t> m_bytes;
-    std::vector<Node*> m_users;
+    /// Most registers are so short that their bytes can stand here.
+    static constexpr std::int64_t kFew = 8;
+
+    std::array<std::uint8_t, kFew> m_few{};
+    std::vector<std::uint8_t> m_many;
+    std::pmr::vector<Node*> m_users;
     bool m_resolved = false;
     bool m_seen = false;
 };
