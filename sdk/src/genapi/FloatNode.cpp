@@ -92,12 +92,11 @@ double_autovector_t FloatBase::GetListOfValidValues(bool bounded) {
 }
 
 ERepresentation FloatBase::GetRepresentation() {
-    const Operation operation(m_map);
     return Representation();
 }
 
 ERepresentation FloatBase::Representation() {
-    return ParseRepresentation(Child("Representation"), PureNumber);
+    return OwnRepresentation(PureNumber);
 }
 
 gcstring FloatBase::GetUnit() {
@@ -193,8 +192,10 @@ std::int64_t FloatBase::MaxInteger() {
 
 bool FloatBase::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
     switch (tag) {
-    // Read where they are asked for.
     case Tag::Representation:
+        SetRepresentation(ParseRepresentation(Trim(element.child_value()), _UndefinedRepresentation));
+        return true;
+    // Read where they are asked for.
     case Tag::ValidValueSet:
     case Tag::DisplayNotation:
     case Tag::DisplayPrecision:
@@ -318,7 +319,7 @@ void FloatNode::WriteFloat(double value) {
 
 ERepresentation FloatNode::Representation() {
     Node* const behind = m_source.Direct();
-    return ParseRepresentation(Child("Representation"), behind ? behind->Representation() : PureNumber);
+    return OwnRepresentation(behind ? behind->Representation() : PureNumber);
 }
 
 std::string FloatNode::Unit() {

@@ -77,12 +77,11 @@ int64_autovector_t IntegerBase::GetListOfValidValues(bool bounded) {
 }
 
 ERepresentation IntegerBase::GetRepresentation() {
-    const Operation operation(m_map);
     return Representation();
 }
 
 ERepresentation IntegerBase::Representation() {
-    return ParseRepresentation(Child("Representation"), PureNumber);
+    return OwnRepresentation(PureNumber);
 }
 
 gcstring IntegerBase::GetUnit() {
@@ -150,7 +149,11 @@ std::int64_t IntegerBase::IncInteger() {
 
 bool IntegerBase::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
     // Read where they are asked for.
-    return tag == Tag::Representation || tag == Tag::ValidValueSet || Node::LoadElement(tag, element, loader);
+    if (tag == Tag::Representation) {
+        SetRepresentation(ParseRepresentation(Trim(element.child_value()), _UndefinedRepresentation));
+        return true;
+    }
+    return tag == Tag::ValidValueSet || Node::LoadElement(tag, element, loader);
 }
 
 std::string IntegerBase::WithUnit(std::int64_t value) {
@@ -252,7 +255,7 @@ void IntegerNode::WriteInteger(std::int64_t value) {
 
 ERepresentation IntegerNode::Representation() {
     Node* const behind = m_source.Direct();
-    return ParseRepresentation(Child("Representation"), behind ? behind->Representation() : PureNumber);
+    return OwnRepresentation(behind ? behind->Representation() : PureNumber);
 }
 
 std::string IntegerNode::Unit() {

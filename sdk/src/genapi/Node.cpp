@@ -113,11 +113,13 @@ bool Node::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
         m_pollingTime = static_cast<std::int32_t>(std::clamp<std::int64_t>(time, -1, 0x7FFFFFFF));
         return true;
     }
+    case Tag::DisplayName:
+        m_displayName = element.child_value();
+        return true;
     // Read where they are asked for.
     case Tag::Extension:
     case Tag::ToolTip:
     case Tag::Description:
-    case Tag::DisplayName:
     case Tag::DocuURL:
     case Tag::IsDeprecated:
     case Tag::EventID:

@@ -182,6 +182,13 @@ protected:
     virtual bool KindLocked() { return false; }
 
     Node* FindLink(LinkKind kind) const;
+    ERepresentation OwnRepresentation(ERepresentation otherwise) const {
+        return m_representation == _UndefinedRepresentation ? otherwise
+                                                            : static_cast<ERepresentation>(m_representation);
+    }
+    void SetRepresentation(ERepresentation representation) {
+        m_representation = static_cast<std::uint8_t>(representation);
+    }
     /// The element that a public text comes from: a StructEntry falls back to its StructReg.
     pugi::xml_node Element(const char* name) const;
     pugi::xml_node Xml() const { return m_xml; }
@@ -208,6 +215,7 @@ private:
 
     pugi::xml_node m_xml;
     std::string_view m_name;
+    const char* m_displayName = ""; ///< as the description has it; lists ask for it again and again
     Node* m_isImplemented = nullptr;
     Node* m_isAvailable = nullptr;
     Node* m_isLocked = nullptr;
@@ -221,6 +229,7 @@ private:
     std::uint8_t m_imposed = RW;
     std::uint8_t m_visibility = Beginner;
     std::uint8_t m_imposedVisibility = Beginner;
+    std::uint8_t m_representation = _UndefinedRepresentation;
     bool m_feature = false;
     bool m_broken = false;
     bool m_standard = false;

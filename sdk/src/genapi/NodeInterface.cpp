@@ -76,7 +76,7 @@ gcstring Node::GetDescription() const {
 }
 
 gcstring Node::GetDisplayName() const {
-    const auto text = Child("DisplayName");
+    const auto text = Trim(m_displayName);
     if (!text.empty()) {
         return text;
     }
