@@ -95,8 +95,7 @@ void CellPainter::paint(QPainter& painter, const QStyleOptionViewItem& option, C
         cell.rect.setRight(square.left() - 2);
         cell.state &= ~QStyle::State_Enabled;
     }
-    painter.setPen(kGrid);
-    painter.drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
+    painter.fillRect(QRect(option.rect.bottomLeft(), QSize(option.rect.width(), 1)), kGrid);
     cell.rect.adjust(0, 0, 0, -1);
     if (!edited) {
         switch (kind) {

@@ -32,7 +32,7 @@ void findMatches(const QStandardItem* item, const QRegularExpression& pattern, Q
 } // namespace
 
 bool FeaturePopulator::isCategory(INode& node, EAccessMode access) {
-    return IsReadable(access) && CCategoryPtr(&node).IsValid();
+    return IsReadable(access) && node.GetPrincipalInterfaceType() == intfICategory;
 }
 
 void FeaturePopulator::populate(INode* node, QStandardItem* parent, bool insertUnderParent) {

@@ -104,13 +104,6 @@ std::optional<std::int64_t> integerFrom(const QVariant& value) {
     return number;
 }
 
-bool isLogarithmic(INode& node) {
-    if (CIntegerPtr integer(&node); integer.IsValid()) {
-        return integer->GetRepresentation() == Logarithmic;
-    }
-    return CFloatPtr(&node)->GetRepresentation() == Logarithmic;
-}
-
 std::int64_t snapped(IInteger& integer, std::int64_t value) {
     if (integer.GetIncMode() != fixedIncrement) {
         return value;
@@ -156,8 +149,9 @@ ControlType Mapper::ControlTypeFor(INode& node, EAccessMode access) {
     }
     switch (node.GetPrincipalInterfaceType()) {
     case intfIInteger:
+        return CIntegerPtr(&node)->GetRepresentation() == Logarithmic ? CT_Slider : CT_LineEdit;
     case intfIFloat:
-        return isLogarithmic(node) ? CT_Slider : CT_LineEdit;
+        return CFloatPtr(&node)->GetRepresentation() == Logarithmic ? CT_Slider : CT_LineEdit;
     case intfIBoolean:
         return CT_CheckBox;
     case intfICommand:

@@ -21,10 +21,16 @@ void ReadShown(INode& node) {
     }
     switch (node.GetPrincipalInterfaceType()) {
     case intfIInteger:
+        CIntegerPtr(&node)->GetValue();
+        break;
     case intfIFloat:
+        CFloatPtr(&node)->GetValue();
+        break;
     case intfIBoolean:
+        CBooleanPtr(&node)->GetValue();
+        break;
     case intfIString:
-        CValuePtr(&node)->ToString();
+        CStringPtr(&node)->GetValue();
         break;
     case intfIEnumeration: {
         const CEnumerationPtr enumeration(&node);
