@@ -69,7 +69,7 @@ CodecEncoder::CodecEncoder(const VideoFormat& format, bool isGrey) : m_format(fo
         } else {
             OpenH264();
         }
-        PrepareFrame(isGrey);
+        PrepareConversion(isGrey);
     } catch (...) {
         Release();
         throw;
@@ -83,7 +83,10 @@ CodecEncoder::~CodecEncoder() {
 void CodecEncoder::Release() {
     sws_freeContext(m_toYuv);
     av_packet_free(&m_packet);
-    av_frame_free(&m_frame);
+    for (AVFrame* frame : m_frames) {
+        av_frame_free(&frame);
+    }
+    m_frames.clear();
     avcodec_free_context(&m_codec);
 }
 
@@ -153,19 +156,11 @@ void CodecEncoder::OpenCodec(const AVCodec* codec, AVDictionary** options) {
                                                             std::to_string(m_format.height));
 }
 
-void CodecEncoder::PrepareFrame(bool isGrey) {
-    m_frame = av_frame_alloc();
+void CodecEncoder::PrepareConversion(bool isGrey) {
     m_packet = av_packet_alloc();
-    if (!m_frame || !m_packet) {
+    if (!m_packet) {
         throw std::bad_alloc();
     }
-    m_frame->format = m_codec->pix_fmt;
-    m_frame->width = m_codec->width;
-    m_frame->height = m_codec->height;
-    m_frame->color_range = m_codec->color_range;
-    m_frame->colorspace = m_codec->colorspace;
-    CheckFfmpeg(av_frame_get_buffer(m_frame, 0), "Allocating a video frame");
-
     m_toYuv = sws_getContext(m_format.width, m_format.height, isGrey ? AV_PIX_FMT_GRAY8 : AV_PIX_FMT_BGR24,
                              m_format.width, m_format.height, AV_PIX_FMT_YUV420P,
                              SWS_BILINEAR | SWS_ACCURATE_RND, nullptr, nullptr, nullptr);
@@ -185,20 +180,45 @@ void CodecEncoder::Describe(AVCodecParameters& parameters) const {
     CheckFfmpeg(avcodec_parameters_from_context(&parameters, m_codec), "Describing the video stream");
 }
 
-void CodecEncoder::Encode(PixelSource::Rows rows, std::int64_t index, const PacketSink& sink) {
-    CheckFfmpeg(av_frame_make_writable(m_frame), "Allocating a video frame");
-    const std::uint8_t* source[4] = {rows.data, nullptr, nullptr, nullptr};
-    const int strides[4] = {rows.stride, 0, 0, 0};
-    CheckFfmpeg(sws_scale(m_toYuv, source, strides, 0, m_format.height, m_frame->data, m_frame->linesize),
-                "Converting a frame to YUV");
-    RepeatLastColumnAndRow();
-    m_frame->pts = index;
-    Send(m_frame, sink);
+AVFrame* CodecEncoder::FreeFrame() {
+    for (AVFrame* frame : m_frames) {
+        if (av_frame_is_writable(frame)) {
+            return frame;
+        }
+    }
+    AVFrame* frame = av_frame_alloc();
+    if (!frame) {
+        throw std::bad_alloc();
+    }
+    m_frames.push_back(frame);
+    frame->format = m_codec->pix_fmt;
+    frame->width = m_codec->width;
+    frame->height = m_codec->height;
+    frame->color_range = m_codec->color_range;
+    frame->colorspace = m_codec->colorspace;
+    const int result = av_frame_get_buffer(frame, 0);
+    if (result < 0) {
+        av_frame_free(&m_frames.back());
+        m_frames.pop_back();
+    }
+    CheckFfmpeg(result, "Allocating a video frame");
+    return frame;
 }
 
-void CodecEncoder::RepeatLastColumnAndRow() {
-    std::uint8_t* luma = m_frame->data[0];
-    const std::ptrdiff_t stride = m_frame->linesize[0];
+void CodecEncoder::Encode(PixelSource::Rows rows, std::int64_t index, const PacketSink& sink) {
+    AVFrame* frame = FreeFrame();
+    const std::uint8_t* source[4] = {rows.data, nullptr, nullptr, nullptr};
+    const int strides[4] = {rows.stride, 0, 0, 0};
+    CheckFfmpeg(sws_scale(m_toYuv, source, strides, 0, m_format.height, frame->data, frame->linesize),
+                "Converting a frame to YUV");
+    RepeatLastColumnAndRow(*frame);
+    frame->pts = index;
+    Send(frame, sink);
+}
+
+void CodecEncoder::RepeatLastColumnAndRow(AVFrame& frame) const {
+    std::uint8_t* luma = frame.data[0];
+    const std::ptrdiff_t stride = frame.linesize[0];
     if (m_codec->width != m_format.width) {
         for (int y = 0; y < m_format.height; ++y) {
             luma[y * stride + m_format.width] = luma[y * stride + m_format.width - 1];

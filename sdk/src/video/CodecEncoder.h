@@ -2,6 +2,8 @@
 
 #include "video/Encoder.h"
 
+#include <vector>
+
 struct SwsContext;
 
 namespace Norvane::Video {
@@ -23,13 +25,15 @@ private:
     void OpenMotionJpeg();
     void OpenH264();
     void OpenCodec(const AVCodec* codec, AVDictionary** options);
-    void PrepareFrame(bool isGrey);
-    void RepeatLastColumnAndRow();
+    void PrepareConversion(bool isGrey);
+    /// A frame that the codec's threads do not read any more.
+    AVFrame* FreeFrame();
+    void RepeatLastColumnAndRow(AVFrame& frame) const;
     void Send(AVFrame* frame, const PacketSink& sink);
 
     VideoFormat m_format;
     AVCodecContext* m_codec = nullptr;
-    AVFrame* m_frame = nullptr;
+    std::vector<AVFrame*> m_frames; // as many as the codec holds at a time, and one
     AVPacket* m_packet = nullptr;
     SwsContext* m_toYuv = nullptr;
 };
