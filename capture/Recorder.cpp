@@ -1,12 +1,9 @@
 #include "Recorder.h"
 
 #include "Attempt.h"
-#include "CountDownLatch.h"
 #include "StillWriter.h"
 
-#include <QThread>
 #include <QTimer>
-#include <QtConcurrent>
 #include <QtDebug>
 
 #include <algorithm>
@@ -18,17 +15,6 @@ namespace {
 /// Converted images that may wait for the disk in streaming mode, which promises to keep no buffer. Images in
 /// the camera's format are limited by the stream's own buffers.
 constexpr unsigned int kMaxConvertedInFlight = 16;
-
-/// Runs `task` on Qt's pool and waits for it; `meanwhile` runs here beside it.
-template <class Task, class Meanwhile>
-void runOnPool(Task task, Meanwhile meanwhile) {
-    CountDownLatch latch(1);
-    QtConcurrent::run([&latch, &task] {
-        task();
-        latch.countDown();
-    });
-    meanwhile();
-}
 
 /// A handle to `image` that counts in `count` for as long as anyone holds it.
 Norvane::ImagePtr counted(const Norvane::ImagePtr& image,
@@ -47,6 +33,7 @@ Recorder::Recorder(QObject* parent, const Clock& clock) : QObject(parent), m_rul
 Recorder::~Recorder() {
     m_recording = false;
     Drain();
+    m_writes.Wait();
     attempt("Closing the video", [this] { m_video.Close(); });
 }
 
@@ -136,6 +123,7 @@ void Recorder::Stop() {
 
 void Recorder::Finish() {
     m_runIsOpen = false;
+    m_writes.Wait();
     m_memory.Release();
     attempt("Closing the video", [this] { m_video.Close(); });
     if (const unsigned int failures = m_failures; failures > 1) {
@@ -231,15 +219,9 @@ void Recorder::Drain() {
     while (hasMore) {
         Norvane::ImagePtr image;
         while (m_buffer.Pop(image)) {
-            if (!m_abortSaving) {
-                Write(image);
-            }
-            image = nullptr;
-            if (m_remaining > 0) {
-                --m_remaining;
-            }
-            emit remainingBufferedFramesUpdated(m_remaining);
+            m_writes.Add([this, image = std::exchange(image, nullptr)] { WriteBuffered(image); });
         }
+        m_writes.Wait();
         m_drainIsPending = false;
         // An image that came between the last look and the flag announced no drain: it is this one's.
         hasMore = !m_buffer.IsEmpty() && !m_drainIsPending.exchange(true);
@@ -251,44 +233,34 @@ void Recorder::Drain() {
     }
 }
 
+void Recorder::WriteBuffered(const Norvane::ImagePtr& image) {
+    if (!m_abortSaving) {
+        Write(image);
+    }
+    if (m_remaining > 0) {
+        --m_remaining;
+    }
+    emit remainingBufferedFramesUpdated(m_remaining);
+}
+
 void Recorder::WriteStreamed(const Norvane::ImagePtr& image) {
     if (m_runIsOpen && image.IsValid()) {
-        Write(image);
+        m_writes.Add([this, image] { Write(image); });
     }
 }
 
 void Recorder::Write(const Norvane::ImagePtr& image) {
     const RecordingSettings settings = Settings();
-    if (settings.type == RECORD_VIDEO) {
-        AppendFrame(image, settings);
-    } else {
-        SaveImage(image, settings);
+    try {
+        if (settings.type == RECORD_VIDEO) {
+            m_video.Append(image, settings);
+        } else {
+            StillWriter::Write(image, settings);
+        }
+    } catch (const std::exception& error) {
+        NoteFailure(error.what());
     }
-}
-
-void Recorder::SaveImage(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
-    runOnPool(
-        [&] {
-            try {
-                StillWriter::Write(image, settings);
-            } catch (const std::exception& error) {
-                NoteFailure(error.what());
-            }
-        },
-        [this] { emit savedFramesUpdated(++m_saved); });
-}
-
-void Recorder::AppendFrame(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
-    runOnPool(
-        [&] {
-            try {
-                m_video.Append(image, settings);
-            } catch (const std::exception& error) {
-                NoteFailure(error.what());
-            }
-            emit savedFramesUpdated(++m_saved);
-        },
-        [] {});
+    emit savedFramesUpdated(++m_saved);
 }
 
 void Recorder::NoteFailure(const char* what) {

@@ -6,6 +6,7 @@
 #include "RecordingRules.h"
 #include "RecordingTypes.h"
 #include "VideoWriter.h"
+#include "WriteQueue.h"
 
 #include <QObject>
 
@@ -19,8 +20,8 @@
 /// acquisition worker and living in its thread.
 ///
 /// Three threads meet here. The user interface changes settings, starts and stops. The camera's thread brings
-/// images (TakeImage) and waits for neither the disk nor the user. The worker's thread writes (Drain,
-/// WriteStreamed), handing one file at a time to Qt's pool. Every image that was taken before Stop() is
+/// images (TakeImage) and waits for neither the disk nor the user. The worker's thread has them written
+/// (Drain, WriteStreamed), one after the other on Qt's pool. Every image that was taken before Stop() is
 /// written, except that a second stop abandons what is still in the buffer.
 class Recorder : public QObject {
     Q_OBJECT
@@ -74,9 +75,9 @@ private:
     Outcome Stream(const Norvane::ImagePtr& image, const RecordingSettings& settings);
     void StartTimer(unsigned int milliseconds);
     void Finish();
+    /// These two by a pool thread, one image at a time.
+    void WriteBuffered(const Norvane::ImagePtr& image);
     void Write(const Norvane::ImagePtr& image);
-    void SaveImage(const Norvane::ImagePtr& image, const RecordingSettings& settings);
-    void AppendFrame(const Norvane::ImagePtr& image, const RecordingSettings& settings);
     void NoteFailure(const char* what);
     void NoteMissedImages(std::uint64_t frameId);
 
@@ -90,7 +91,7 @@ private:
     RecordingMemory m_memory;
     std::timed_mutex m_drainLock;
     RecordingBuffer m_buffer;
-    VideoWriter m_video; // used by the worker's thread and by the pool thread that it waits for
+    VideoWriter m_video; // used by the writes, and by the worker's thread while there are none
 
     std::atomic<bool> m_recording = false;
     std::atomic<bool> m_runIsOpen = false; // images of the run may still be on their way to the disk
@@ -110,4 +111,6 @@ private:
     std::atomic<unsigned int> m_failures = 0;
     std::uint64_t m_lastFrameId = 0; // of the run, 0 before its first image; guarded by m_takeLock
     std::atomic<std::uint64_t> m_missed = 0;
+
+    WriteQueue m_writes; // last: its end waits for a write that uses the others
 };

@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
+#include <QThreadPool>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -209,12 +210,14 @@ protected:
         m_capture.OnUpdateImageFormat(RAW);
         m_capture.OnStartContinuousCapture();
     }
-    /// Two stills within a millisecond share a name: a pause keeps the files apart.
+    /// Two stills that are written within a millisecond share a name: each is waited for, and a pause keeps
+    /// the files apart.
     void DeliverSlowly(int count) {
         for (int i = 0; i < count; ++i) {
             m_camera->Deliver(FakeImage::Make(++m_lastFrame));
             QThread::msleep(2);
             QCoreApplication::processEvents();
+            QThreadPool::globalInstance()->waitForDone();
         }
     }
     void WaitUntilDone() {

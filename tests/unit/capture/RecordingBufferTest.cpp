@@ -1,6 +1,7 @@
 #include "RecordingBuffer.h"
 #include "CountDownLatch.h"
 #include "RecordingMemory.h"
+#include "WriteQueue.h"
 
 #include "FakeCamera.h"
 
@@ -73,6 +74,24 @@ TEST(RecordingMemory, CopiesStayThemselvesWhileBlocksGoRound) {
     }
     EXPECT_EQ(*static_cast<const std::uint8_t*>(last->GetData()), 199)
         << "a copy outlives its memory's owner";
+}
+
+TEST(WriteQueue, WritesInOrderOneAtATimeAndWaitsForTheLast) {
+    WriteQueue writes;
+    std::vector<int> order; // unguarded: the writes themselves never overlap
+    std::atomic<int> inside = 0;
+    for (int round = 0; round < 50; ++round) { // so that a line that ran dry starts again
+        for (int i = 0; i < 7; ++i) {
+            writes.Add([&, i] {
+                EXPECT_EQ(++inside, 1);
+                order.push_back(i);
+                --inside;
+            });
+        }
+        writes.Wait();
+        ASSERT_EQ(order, (std::vector<int>{0, 1, 2, 3, 4, 5, 6}));
+        order.clear();
+    }
 }
 
 TEST(CountDownLatch, HoldsItsOwnerUntilTheTaskIsDone) {
