@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
     measure("videos", [&] { return MeasureVideos(folder, frames, pairs); });
     measure("buffer", [&] { return MeasureBufferCost(folder, 300); });
     measure("live", [&] { return MeasureLiveBuffer(folder, 600, 200); });
-    measure("stills", [&] { return MeasureStills(folder, 200, pairs); });
+    measure("stills", [&] { return MeasureStills(folder, 40, 5 * pairs); });
     std::filesystem::remove_all(folder);
     return good ? 0 : 1;
 }
