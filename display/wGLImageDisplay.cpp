@@ -148,6 +148,14 @@ void wGLImageDisplay::updateImageDisplayGL(ImagePtr const& image) {
     Show(image, converted);
 }
 
+void wGLImageDisplay::NoteConversionError(const char* reason) {
+    // Once, because every image of the stream would say the same.
+    if (m_notedConversionError != reason) {
+        m_notedConversionError = reason;
+        qWarning("Images of this camera cannot be shown: %s", reason);
+    }
+}
+
 ImagePtr wGLImageDisplay::ConvertInto(PixelBuffer& target, const ImagePtr& image) {
     makeCurrent();
     const auto width = static_cast<int>(image->GetWidth());
@@ -163,14 +171,16 @@ ImagePtr wGLImageDisplay::ConvertInto(PixelBuffer& target, const ImagePtr& image
     }
     ImagePtr converted;
     if (void* pixels = target.buffer.map(QOpenGLBuffer::WriteOnly)) {
-        attempt("Converting an image for display", [&] {
+        try {
             const ImagePtr destination =
                 Norvane::Image::Create(image->GetWidth(), image->GetHeight(), image->GetXOffset(),
                                        image->GetYOffset(), Norvane::PixelFormat_BGR8, pixels);
             image->Convert(destination,
                            static_cast<Norvane::ColorProcessingAlgorithm>(m_colorProcessingAlgorithm));
             converted = destination;
-        });
+        } catch (const Norvane::Exception& error) {
+            NoteConversionError(error.what());
+        }
         target.buffer.unmap();
     }
     target.buffer.release();

@@ -7,6 +7,7 @@
 #include "norvane/Image.h"
 
 #include <QBasicTimer>
+#include <QByteArray>
 #include <QImage>
 #include <QMutex>
 #include <QOpenGLBuffer>
@@ -97,6 +98,7 @@ private:
     };
 
     Norvane::ImagePtr ConvertInto(PixelBuffer& target, const Norvane::ImagePtr& image);
+    void NoteConversionError(const char* reason);
     void Show(const Norvane::ImagePtr& image, const Norvane::ImagePtr& converted);
     void ShowAgain();
     void ReleaseGL();
@@ -126,6 +128,7 @@ private:
     QuadRenderer m_renderer;
     bool m_textureIsStale = false; // the read buffer holds an image that the texture does not
     int m_colorProcessingAlgorithm = Norvane::BILINEAR;
+    QByteArray m_notedConversionError;
     bool m_algorithmChanged = false;
     float m_zoomLevel = 0.0F;
     float m_zoomFactor = 1.0F;
