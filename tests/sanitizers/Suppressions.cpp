@@ -1,6 +1,7 @@
-/// What the sanitizers must not hold against a test program: faults of libraries that others wrote, and what the
-/// thread sanitizer takes for a fault because it cannot see the locks inside them. Nothing of our own stands here.
-/// Linked into every test program of a build with sanitizers.
+/// What the sanitizers must not hold against a test program: faults of libraries that others wrote, and what
+/// the thread sanitizer takes for a fault because it cannot see the locks inside them. The one function of
+/// ours that is named, OnControlLost, gets its data through GLib's signals, whose lock is such a one. Linked
+/// into every test program of a build with sanitizers.
 
 #if defined(__SANITIZE_ADDRESS__)
 /// Tables that libraries behind Qt keep until the process ends.
