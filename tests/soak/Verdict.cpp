@@ -14,6 +14,11 @@ struct Limit {
     double slack;
 };
 
+/// Seconds under which a run is mostly warming up: pools and caches fill when the dice first choose what
+/// needs them.
+constexpr double kShortRun = 600.0;
+constexpr double kShortRunSlack = 4.0;
+
 double median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
@@ -40,6 +45,7 @@ void judge(const char* when, const std::vector<Sample>& samples, const std::vect
         faults.push_back(std::string("too few samples ") + when + " to judge by");
         return;
     }
+    const double slackShare = samples.back().seconds < kShortRun ? kShortRunSlack : 1.0;
     for (const Limit& limit : limits) {
         const auto medianOf = [&](std::size_t first, std::size_t last) {
             std::vector<double> values;
@@ -50,7 +56,7 @@ void judge(const char* when, const std::vector<Sample>& samples, const std::vect
         };
         const double second = medianOf(quarter, 2 * quarter);
         const double last = medianOf(samples.size() - quarter, samples.size());
-        if (last > second * (1.0 + limit.share) + limit.slack) {
+        if (last > second * (1.0 + limit.share) + limit.slack * slackShare) {
             std::ostringstream fault;
             fault << limit.what << ' ' << when << ": " << second << " in the second quarter, " << last
                   << " in the last";

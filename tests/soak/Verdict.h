@@ -18,7 +18,9 @@ struct Sample {
 
 /// Judges whether a run stayed level: the medians of its second quarter, when everything has been used once,
 /// beside those of its last quarter. At rest nothing may be left of what was opened in between, so the limits
-/// are narrow there; while the viewer is used, what is open at the time differs by chance.
+/// are narrow there; while the viewer is used, what is open at the time differs by chance. In runs under ten
+/// minutes the limits on memory and stalls are four times as wide: they show crashes, hangs, threads and
+/// files left behind, and large leaks; a small one takes a longer run.
 ///
 /// @param longestStallMs  the user interface counts as hung beyond.
 /// @returns one line per fault; none when the run stayed level.

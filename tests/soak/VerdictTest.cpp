@@ -16,6 +16,7 @@ std::vector<Sample> Hour(const std::function<void(Sample&, int)>& change) {
     for (int minute = 0; minute < 60; ++minute) {
         for (const bool atRest : {false, true}) {
             Sample sample;
+            sample.seconds = 60.0 * minute;
             sample.isAtRest = atRest;
             sample.holding =
                 atRest ? Holding{150.0, 40.0, 12, 30} : Holding{250.0 + 10 * (minute % 7), 90.0, 30, 50};
@@ -48,6 +49,16 @@ TEST(SoakVerdict, TellsLeaksFromChance) {
                 ElementsAre(HasSubstr("longest stall")));
     EXPECT_THAT(faults([](Sample& s, int minute) { s.stallMs = minute == 3 ? 3500.0 : s.stallMs; }),
                 ElementsAre(HasSubstr("stood still for 3500 ms")));
+    const auto inTwoMinutes = [](double growth) {
+        std::vector<Sample> samples =
+            Hour([growth](Sample& s, int minute) { s.holding.heapMb += growth * minute; });
+        for (Sample& sample : samples) {
+            sample.seconds /= 30.0;
+        }
+        return FaultsOf(samples, 3000.0);
+    };
+    EXPECT_THAT(inTwoMinutes(0.25), IsEmpty()) << "caches still fill";
+    EXPECT_THAT(inTwoMinutes(1.0), ElementsAre(HasSubstr("heap in use, MB at rest")));
     EXPECT_THAT(FaultsOf({}, 1.0).size(), 2U) << "nothing seen is no pass";
 }
 
