@@ -162,6 +162,10 @@ void wImageDisplay::setupImageArea() {
     m_imageArea->setObjectName(QStringLiteral("imageArea"));
     m_imageArea->setContentsMargins(0, 0, 0, 0);
     m_imageArea->installEventFilter(this);
+    // A window of its own for the graphics system: each image is then composed and shown in this area only,
+    // otherwise over the whole main window.
+    m_imageArea->setAttribute(Qt::WA_DontCreateNativeAncestors);
+    m_imageArea->setAttribute(Qt::WA_NativeWindow);
     m_glDisplay = new wGLImageDisplay;
     m_glDisplay->connectToCamera(m_camera);
     m_glDisplay->changeInferenceEnabledStatus(m_showInferenceLabel);
