@@ -26,6 +26,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace {
 
@@ -301,6 +302,13 @@ bool NorSimpleGUI_QT::eventFilter(QObject* watched, QEvent* event) {
         m_leftWidth = m_deviceList->width();
     }
     return QMainWindow::eventFilter(watched, event);
+}
+
+void NorSimpleGUI_QT::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (!std::exchange(m_shownBefore, true) && m_deviceList) {
+        m_deviceList->OnRefreshDeviceList();
+    }
 }
 
 void NorSimpleGUI_QT::resizeEvent(QResizeEvent* event) {

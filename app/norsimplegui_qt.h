@@ -70,6 +70,8 @@ public slots:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    /// The first time, lists the cameras again: those that answer late are not in the list made at start-up.
+    void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
@@ -97,6 +99,7 @@ private:
     std::unique_ptr<Ui_mainWindow> m_ui;
     wSurveyDialog* m_surveyDialog = nullptr;
     bool m_surveyOffered = false; ///< in this run
+    bool m_shownBefore = false;
     QPointer<wDeviceList> m_deviceList;
     // Held across OnDeviceDisconnect, which removes a display and may select the next one.
     mutable QRecursiveMutex m_displayMutex;

@@ -11,7 +11,7 @@ if [ "${1:-}" != --inside ]; then
   enter=(unshare --net)
   [ "$(id -u)" = 0 ] || enter=(unshare --net --map-root-user)
   exec "${enter[@]}" sh -c 'ip link set lo up && exec "$@"' sh env LIBGL_ALWAYS_SOFTWARE=1 \
-    xvfb-run --auto-servernum --server-args='-screen 0 1600x1000x24 -nolisten tcp' \
+    xvfb-run --auto-servernum --server-args='-screen 0 1600x1000x24 -nolisten tcp -noreset' \
     "$here" --inside "$(realpath "$1")" "$(realpath "${2:-$(dirname "$here")/../resources/emulator/demo.ini}")" \
     "${3:-20}" "${4:-3}"
 fi

@@ -39,6 +39,9 @@ std::string line(const JsonWriter& json) {
 
 // --- list
 
+/// A scan on the network takes at most 400 ms, after a pause of 50 ms.
+constexpr std::chrono::milliseconds kSecondScan{500};
+
 struct InterfaceSummary {
     std::string id;
     std::string name;
@@ -49,6 +52,9 @@ struct InterfaceSummary {
 
 std::vector<InterfaceSummary> summarizeInterfaces(Norvane::ISystem& system) {
     std::vector<InterfaceSummary> summaries;
+    // The first list is quick; a camera that answers late is in the scan after it.
+    system.GetInterfaces();
+    std::this_thread::sleep_for(kSecondScan);
     const Norvane::InterfaceList interfaces = system.GetInterfaces();
     for (unsigned int i = 0; i < interfaces.GetSize(); ++i) {
         const Norvane::InterfacePtr interface = interfaces.GetByIndex(i);

@@ -38,19 +38,16 @@ const Adapter* FindReceivingAdapter(const std::vector<Adapter>& adapters, int ad
 std::map<std::string, GevCamera> GevDiscovery::Scan(const std::vector<Adapter>& adapters,
                                                     const HeldLookup& held,
                                                     std::chrono::milliseconds window) {
-    const auto start = Clock::now();
+    const auto end = Clock::now() + window;
     for (auto& [id, known] : m_known) {
         known.seen = false;
         known.previousInterfaceId = known.camera.adapter.record.id;
     }
     m_controlQuestions.clear();
     Ask(adapters);
-    while (const auto datagram = m_socket.Receive(start + window / 2)) {
-        Take(*datagram, adapters, held);
-    }
-    AskMissingAgain();
-    while (const auto datagram = m_socket.Receive(start + window)) {
-        Take(*datagram, adapters, held);
+    Listen(end, window / 2, adapters, held);
+    if (AskMissingAgain()) {
+        Listen(std::max(end, Clock::now() + window / 2), window, adapters, held);
     }
 
     std::map<std::string, GevCamera> cameras;
@@ -88,6 +85,13 @@ void GevDiscovery::Ask(const std::vector<Adapter>& adapters) {
         if (adapter.loopback) {
             m_socket.Send(adapter.index, record.ipAddress, record.ipAddress, request);
         }
+    }
+}
+
+void GevDiscovery::Listen(Clock::time_point end, std::chrono::milliseconds pause,
+                          const std::vector<Adapter>& adapters, const HeldLookup& held) {
+    while (const auto datagram = m_socket.Receive(std::min(end, Clock::now() + pause))) {
+        Take(*datagram, adapters, held);
     }
 }
 
@@ -166,7 +170,8 @@ void GevDiscovery::TakeCamera(const Gvcp::DiscoveryAnswer& answer, const Adapter
     }
 }
 
-void GevDiscovery::AskMissingAgain() {
+bool GevDiscovery::AskMissingAgain() {
+    bool asked = false;
     for (const auto& [id, known] : m_known) {
         if (!known.seen) {
             const std::uint16_t requestId = m_socket.NextRequestId();
@@ -174,8 +179,10 @@ void GevDiscovery::AskMissingAgain() {
             m_socket.Send(known.camera.adapter.index, known.camera.adapter.record.ipAddress,
                           known.camera.record.ipAddress,
                           Gvcp::BuildDiscovery(requestId, Gvcp::AnswerBy::Broadcast));
+            asked = true;
         }
     }
+    return asked;
 }
 
 } // namespace Norvane::Transport

@@ -27,7 +27,9 @@ public:
     enum class Held { No, Alive, Lost };
     using HeldLookup = std::function<Held(const std::string& deviceId)>;
 
-    /// Asks all usable adapters, listens for `window`, and returns the cameras by their identifier.
+    /// Asks all usable adapters, listens until no camera has spoken for half of `window`, for `window` at
+    /// most and where a known camera is silent, and returns the cameras by their identifier. An answer that
+    /// comes later counts for the next scan.
     /// @throws Exception (Io) when the system gives no socket.
     std::map<std::string, GevCamera> Scan(const std::vector<Adapter>& adapters, const HeldLookup& held,
                                           std::chrono::milliseconds window = std::chrono::milliseconds(400));
@@ -41,9 +43,13 @@ private:
     };
 
     void Ask(const std::vector<Adapter>& adapters);
+    /// Takes what comes until nobody has spoken for `pause`, not beyond `end`.
+    void Listen(std::chrono::steady_clock::time_point end, std::chrono::milliseconds pause,
+                const std::vector<Adapter>& adapters, const HeldLookup& held);
     void Take(const GvcpDatagram& datagram, const std::vector<Adapter>& adapters, const HeldLookup& held);
     void TakeCamera(const Gvcp::DiscoveryAnswer& answer, const Adapter& adapter, const HeldLookup& held);
-    void AskMissingAgain();
+    /// Whether there was one to ask.
+    bool AskMissingAgain();
 
     GvcpSocket m_socket;
     std::set<std::uint16_t> m_requests; ///< discoveries of this scan and the one before
