@@ -45,6 +45,7 @@ private:
 
     static Block Allocate(std::size_t size);
     static void Touch(Block block);
+    static void Free(Block block);
     static void Give(Store& store, Block block);
     static void TouchAhead(const std::shared_ptr<Store>& store);
     Block Take(std::size_t size);
