@@ -1,5 +1,7 @@
 #include "WriteQueue.h"
 
+#include "WritePriority.h"
+
 #include <QtConcurrent>
 
 #include <utility>
@@ -18,6 +20,7 @@ void WriteQueue::Add(std::function<void()> write) {
 }
 
 void WriteQueue::Run(CountDownLatch& latch) {
+    giveWayToLiveThreads();
     for (;;) {
         std::function<void()> write;
         {

@@ -1,5 +1,7 @@
 #include "ImageSaver.h"
 
+#include "WritePriority.h"
+
 #include <QCoreApplication>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -15,6 +17,7 @@ QString suffixOf(const QString& nameFilter) {
 }
 
 void save(const Norvane::ImagePtr& image, const QString& fileName, Norvane::ImageFileFormat format) {
+    giveWayToLiveThreads();
     try {
         image->Save(fileName.toUtf8().constData(), format);
     } catch (const std::exception& error) {

@@ -2,6 +2,7 @@
 
 #include "core/LibraryThread.h"
 #include "imaging/ImageFactory.h"
+#include "imaging/RowPool.h"
 #include "norvane/Exception.h"
 #include "norvane/Log.h"
 #include "norvane/PixelFormat.h"
@@ -104,6 +105,7 @@ void ImageDispatcher::Join() {
 
 void ImageDispatcher::Run() {
     m_threadId = std::this_thread::get_id();
+    Imaging::StartRowWorkers();
     if (m_previous) {
         m_previous->Join();
         m_previous.reset();

@@ -127,9 +127,18 @@ private:
     std::vector<std::thread> m_threads;
 };
 
+RowPool& ThePool() {
+    static RowPool pool;
+    return pool;
+}
+
 std::atomic<unsigned> g_limit{0};
 
 } // namespace
+
+void StartRowWorkers() {
+    ThePool();
+}
 
 void LimitRowThreads(unsigned threads) noexcept {
     g_limit = threads;
@@ -152,9 +161,8 @@ void RunRows(std::size_t rows, std::size_t grain, RowTask& task) {
     }
     // Several bands for each thread, so that one that is interrupted holds nobody up for long.
     const std::size_t band = std::max(grain, (rows + threads * 4 - 1) / (threads * 4));
-    static RowPool pool;
     Job job(task, rows, band, threads - 1);
-    pool.Run(job);
+    ThePool().Run(job);
 }
 
 } // namespace Norvane::Imaging

@@ -15,12 +15,16 @@ protected:
 };
 
 /// Spreads `rows` rows over the calling thread and the library's row workers, and returns when all are done.
-/// No band is smaller than `grain` rows except the last one. The workers are made at the first use, at most
-/// one less than the machine has hardware threads, and live until the program ends. Any thread; calls from
-/// several threads share the workers.
+/// No band is smaller than `grain` rows except the last one. The workers are made at the first use or by
+/// StartRowWorkers(), at most one less than the machine has hardware threads, and live until the program
+/// ends. Any thread; calls from several threads share the workers.
 void RunRows(std::size_t rows, std::size_t grain, RowTask& task);
 
-/// The same with a callable.
+/// Makes the row workers now. A thread inherits the priority of the one that makes it, so a thread that keeps
+/// the ordinary priority calls this before others of a lower one can be the first to need them.
+void StartRowWorkers();
+
+/// The same as RunRows, with a callable.
 template <class Function>
 void ForRows(std::size_t rows, std::size_t grain, Function&& function) {
     struct Task final : RowTask {

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <atomic>
 #include <deque>
@@ -92,6 +94,19 @@ TEST(WriteQueue, WritesInOrderOneAtATimeAndWaitsForTheLast) {
         ASSERT_EQ(order, (std::vector<int>{0, 1, 2, 3, 4, 5, 6}));
         order.clear();
     }
+}
+
+TEST(WriteQueue, GivesWayToItsCallerOnceHoweverManyWritesThereAre) {
+    const int own = getpriority(PRIO_PROCESS, 0);
+    WriteQueue writes;
+    std::vector<int> nice;
+    for (int i = 0; i < 20; ++i) {
+        writes.Add([&] { nice.push_back(getpriority(PRIO_PROCESS, 0)); });
+        writes.Wait();
+    }
+    const int lowered = std::min(own + 5, 19);
+    EXPECT_EQ(nice, std::vector<int>(20, lowered));
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), own);
 }
 
 TEST(CountDownLatch, HoldsItsOwnerUntilTheTaskIsDone) {
