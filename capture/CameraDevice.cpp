@@ -1,6 +1,6 @@
 #include "CameraDevice.h"
 
-#include "Attempt.h"
+#include "Guarded.h"
 
 #include <utility>
 
@@ -10,7 +10,7 @@ CameraDevice::CameraDevice(Norvane::CameraPtr camera) : m_camera(std::move(camer
     if (!m_camera.IsValid()) {
         return;
     }
-    attempt("Finding the stream statistics", [this] {
+    guarded("Finding the stream statistics", [this] {
         const INodeMap& stream = m_camera->GetTLStreamNodeMap();
         m_totalPackets = stream.GetNode("GevTotalPacketCount");
         m_missedPackets = stream.GetNode("GevMissedPacketCount");
@@ -39,7 +39,7 @@ QString CameraDevice::Text(IInteger* statistic) {
 
 double CameraDevice::AcquisitionFrameRate() const {
     double rate = 0.0;
-    attempt("Reading the acquisition frame rate", [&] {
+    guarded("Reading the acquisition frame rate", [&] {
         const CFloatPtr node = m_camera->GetNodeMap().GetNode("AcquisitionFrameRate");
         if (IsReadable(node.Get())) {
             rate = node->GetValue();
@@ -49,7 +49,7 @@ double CameraDevice::AcquisitionFrameRate() const {
 }
 
 void CameraDevice::UseManualBufferCount() const {
-    attempt("Setting the stream's buffer count mode", [this] {
+    guarded("Setting the stream's buffer count mode", [this] {
         const CEnumerationPtr mode = m_camera->GetTLStreamNodeMap().GetNode("StreamBufferCountMode");
         if (!IsWritable(mode.Get())) {
             return;

@@ -1,6 +1,6 @@
 #include "ImageCapture.h"
 
-#include "Attempt.h"
+#include "Guarded.h"
 
 #include <QtDebug>
 
@@ -80,7 +80,7 @@ void ImageCapture::OnStartContinuousCapture() {
     const auto device = Device();
     const CameraPtr& camera = device->Camera();
     const std::lock_guard lock(m_cameraLock);
-    attempt("Starting acquisition", [&] {
+    guarded("Starting acquisition", [&] {
         if (!camera->IsInitialized() || camera->IsStreaming()) {
             return;
         }
@@ -104,21 +104,21 @@ void ImageCapture::OnStopContinuousCapture() {
     const auto device = Device();
     const CameraPtr& camera = device->Camera();
     const std::lock_guard lock(m_cameraLock);
-    attempt("Stopping acquisition", [&] {
+    guarded("Stopping acquisition", [&] {
         if (camera->IsStreaming()) {
             camera->EndAcquisition();
         }
     });
     // Also when the stream ended by itself, as it does with a camera that is unplugged.
     if (std::exchange(m_isRegistered, false)) {
-        attempt("Leaving the stream", [&] { camera->UnregisterEventHandler(*this); });
+        guarded("Leaving the stream", [&] { camera->UnregisterEventHandler(*this); });
     }
 }
 
 void ImageCapture::OnStartSingleCapture() {
     const auto device = Device();
     const CameraPtr& camera = device->Camera();
-    attempt("Single capture", [&] {
+    guarded("Single capture", [&] {
         {
             const std::lock_guard lock(m_singleLock);
             if (m_isClosed) {
@@ -138,7 +138,7 @@ void ImageCapture::OnStartSingleCapture() {
 
 ImagePtr ImageCapture::WaitForSingleImage(const CameraPtr& camera) {
     ImagePtr copy;
-    attempt("Waiting for a single image", [&] {
+    guarded("Waiting for a single image", [&] {
         const ImagePtr image = camera->GetNextImage(Norvane::EVENT_TIMEOUT_INFINITE, 0);
         ImagePtr own = Norvane::Image::Create();
         own->DeepCopy(image);
@@ -147,7 +147,7 @@ ImagePtr ImageCapture::WaitForSingleImage(const CameraPtr& camera) {
     });
     const std::lock_guard lock(m_singleLock);
     m_singleIsPending = false;
-    attempt("Ending a single capture", [&] {
+    guarded("Ending a single capture", [&] {
         if (camera->IsStreaming()) {
             camera->EndAcquisition();
         }
@@ -168,7 +168,7 @@ void ImageCapture::close() {
     }
     if (singleIsPending) {
         const auto device = Device();
-        attempt("Abandoning a single capture", [&] {
+        guarded("Abandoning a single capture", [&] {
             if (device->Camera()->IsStreaming()) {
                 device->Camera()->EndAcquisition();
             }
@@ -177,7 +177,7 @@ void ImageCapture::close() {
 }
 
 void ImageCapture::OnImageEvent(ImagePtr image) {
-    attempt("Handling an image", [&] {
+    guarded("Handling an image", [&] {
         m_frameRate.UpdateFrameRate();
         if (image->IsIncomplete() && !m_displayIncomplete) {
             const int status = image->GetImageStatus();

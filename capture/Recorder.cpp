@@ -1,6 +1,6 @@
 #include "Recorder.h"
 
-#include "Attempt.h"
+#include "Guarded.h"
 #include "StillWriter.h"
 
 #include <QTimer>
@@ -34,7 +34,7 @@ Recorder::~Recorder() {
     m_recording = false;
     Drain();
     m_writes.Wait();
-    attempt("Closing the video", [this] { m_video.Close(); });
+    guarded("Closing the video", [this] { m_video.Close(); });
 }
 
 RecordingSettings Recorder::Settings() const {
@@ -125,7 +125,7 @@ void Recorder::Finish() {
     m_runIsOpen = false;
     m_writes.Wait();
     m_memory.Release();
-    attempt("Closing the video", [this] { m_video.Close(); });
+    guarded("Closing the video", [this] { m_video.Close(); });
     if (const unsigned int failures = m_failures; failures > 1) {
         qWarning("Recording: %u frames could not be written.", failures);
     }

@@ -1,6 +1,6 @@
 #include "AcquisitionModeBox.h"
 
-#include "Attempt.h"
+#include "Guarded.h"
 #include "norvane/genapi/GenApi.h"
 
 #include <QAction>
@@ -46,7 +46,7 @@ AcquisitionModeBox::AcquisitionModeBox(QWidget* parent) : QWidget(parent), m_com
 }
 
 void AcquisitionModeBox::Fill(const CameraPtr& camera) {
-    attempt("Listing the acquisition modes", [&] {
+    guarded("Listing the acquisition modes", [&] {
         const CEnumerationPtr node = modeNode(camera);
         if (!IsReadable(node.Get())) {
             return;
@@ -71,7 +71,7 @@ void AcquisitionModeBox::Fill(const CameraPtr& camera) {
 }
 
 void AcquisitionModeBox::ReadMode(const CameraPtr& camera, int& mode) {
-    attempt("Reading the acquisition mode", [&] {
+    guarded("Reading the acquisition mode", [&] {
         const CEnumerationPtr node = modeNode(camera);
         if (IsReadable(node.Get())) {
             mode = static_cast<int>(node->GetIntValue());

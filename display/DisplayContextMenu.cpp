@@ -1,6 +1,6 @@
 #include "DisplayContextMenu.h"
 
-#include "Attempt.h"
+#include "Guarded.h"
 #include "norvane/genapi/GenApi.h"
 #include "wImageDisplay.h"
 
@@ -99,7 +99,7 @@ void DisplayContextMenu::addStatusToggles(const ImageInfoLine::Selection& shown)
 
 bool DisplayContextMenu::OffersColorProcessing(const Norvane::CameraPtr& camera) {
     bool offers = false;
-    attempt("Reading the pixel format", [&] {
+    guarded("Reading the pixel format", [&] {
         const CEnumerationPtr node = camera->GetNodeMap().GetNode("PixelFormat");
         if (!IsReadable(node.Get())) {
             return;

@@ -1,7 +1,7 @@
 #include "InferenceOverlay.h"
 
-#include "Attempt.h"
 #include "ClassLabels.h"
+#include "Guarded.h"
 #include "norvane/genapi/GenApi.h"
 
 #include <QApplication>
@@ -36,7 +36,7 @@ void InferenceOverlay::UpdateMode(const Norvane::CameraPtr& camera) {
     if (!camera.IsValid()) {
         return;
     }
-    attempt("Reading the inference mode", [&] {
+    guarded("Reading the inference mode", [&] {
         const INodeMap& nodes = camera->GetNodeMap();
         const CBooleanPtr enable = nodes.GetNode("InferenceEnable");
         const CEnumerationPtr network = nodes.GetNode("InferenceNetworkTypeSelector");

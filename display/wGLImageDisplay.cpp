@@ -1,6 +1,6 @@
 #include "wGLImageDisplay.h"
 
-#include "Attempt.h"
+#include "Guarded.h"
 #include "ImageCapture.h"
 #include "wInferenceDialog.h"
 
@@ -115,7 +115,7 @@ void wGLImageDisplay::stopProcessAndDisplay() {
         return;
     }
     // A copy of our own stays on display, so that the stream gets its buffer back.
-    attempt("Keeping the last image", [this] {
+    guarded("Keeping the last image", [this] {
         ImagePtr copy = Norvane::Image::Create();
         copy->DeepCopy(m_rawImage);
         m_rawImage = copy;

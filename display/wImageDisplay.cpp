@@ -1,10 +1,10 @@
 #include "wImageDisplay.h"
 
 #include "AcquisitionModeBox.h"
-#include "Attempt.h"
 #include "DisplayContextMenu.h"
 #include "DisplayToolBar.h"
 #include "ElidingStatusBar.h"
+#include "Guarded.h"
 #include "ImageCapture.h"
 #include "ImageSaver.h"
 #include "ImageScrollArea.h"
@@ -88,7 +88,7 @@ void wImageDisplay::setupTitle() {
         return;
     }
     m_deviceSerial = m_mapper.GetDeviceSerialNumber(m_camera);
-    attempt("Reading the camera's model name", [this] {
+    guarded("Reading the camera's model name", [this] {
         const CStringPtr model = m_camera->GetTLDeviceNodeMap().GetNode("DeviceModelName");
         if (IsReadable(model.Get())) {
             const QString name = QString::fromUtf8(model->GetValue().c_str());
@@ -298,7 +298,7 @@ void wImageDisplay::OnGrabSingleImage() {
     int mode = kSingleFrameMode;
     AcquisitionModeBox::ReadMode(m_camera, mode);
     const bool switches = mode != kSingleFrameMode;
-    attempt("Grabbing a single image", [&] {
+    guarded("Grabbing a single image", [&] {
         if (switches) {
             m_toolBar->acquisitionMode->SwitchTo(m_camera, kSingleFrameMode);
         }
@@ -322,7 +322,7 @@ void wImageDisplay::restoreAcquisitionMode() {
 }
 
 void wImageDisplay::OnAcquisitionModeUpdated(int index) {
-    attempt("Setting the acquisition mode", [&] { m_toolBar->acquisitionMode->SwitchTo(m_camera, index); });
+    guarded("Setting the acquisition mode", [&] { m_toolBar->acquisitionMode->SwitchTo(m_camera, index); });
 }
 
 void wImageDisplay::OnAcquisitionModeUpdated() {
@@ -334,7 +334,7 @@ void wImageDisplay::OnSave() {
     if (!image.IsValid()) {
         return;
     }
-    attempt("Copying the image to save", [&] {
+    guarded("Copying the image to save", [&] {
         ImagePtr copy = Norvane::Image::Create();
         copy->DeepCopy(image);
         ImageSaver::AskAndSave(copy, this);
@@ -346,7 +346,7 @@ void wImageDisplay::OnImageCopy() const {
     if (!image.IsValid() || !m_glDisplay->getDisplayImage().IsValid()) {
         return;
     }
-    attempt("Copying the image", [&] {
+    guarded("Copying the image", [&] {
         // The pixels on display belong to the graphics system, so the image is converted once more.
         const ImagePtr converted = image->Convert(
             Norvane::PixelFormat_BGR8,

@@ -1,6 +1,6 @@
 #include "wInferenceDialog.h"
 
-#include "Attempt.h"
+#include "Guarded.h"
 #include "norvane/genapi/GenApi.h"
 #include "ui_wInferenceDialog.h"
 
@@ -66,7 +66,7 @@ void wInferenceDialog::setCamProperty(Norvane::CameraPtr camera) {
     if (!camera.IsValid()) {
         return;
     }
-    attempt("Naming the camera in the inference dialog", [&] {
+    guarded("Naming the camera in the inference dialog", [&] {
         const Norvane::GenApi::CStringPtr serial = camera->GetTLDeviceNodeMap().GetNode("DeviceSerialNumber");
         setWindowTitle(QStringLiteral("Inference Label Configuration - ") +
                        QString::fromUtf8(serial->GetValue().c_str()));
