@@ -37,7 +37,7 @@ void StartForceIp(const Services& services, const std::string& deviceId,
     }
 }
 
-CameraImpl::CameraImpl(Services services, DeviceView view)
+CameraImpl::CameraImpl(Services services, const DeviceView& view)
     : m_number(view.number), m_deviceId(view.record.id), m_name(NameOf(view.record)),
       m_information(
           view,
@@ -278,9 +278,11 @@ std::string CameraImpl::GetUniqueID() const {
 
 void CameraImpl::BeginAcquisition() {
     const std::shared_ptr<Transport::IDevice> device = Device();
-    const Exception closed(Error::NotInitialized, m_name + " is not open; open it before acquisition begins");
+    const auto closed = [this] {
+        return Exception(Error::NotInitialized, m_name + " is not open; open it before acquisition begins");
+    };
     if (!device) {
-        throw closed;
+        throw closed();
     }
     if (device->CurrentAccess() != Transport::Access::ReadWrite) {
         throw Exception(Error::AccessDenied, m_name + " is controlled by another program, so it cannot be "
@@ -290,7 +292,7 @@ void CameraImpl::BeginAcquisition() {
     {
         MutexLock lock(m_mutex);
         if (m_state != State::Open || m_lost || m_device != device) {
-            throw closed;
+            throw closed();
         }
         m_acquisition.Reserve();
         map = m_current.map;

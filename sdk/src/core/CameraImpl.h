@@ -38,7 +38,7 @@ class CameraImpl final : public Camera, public std::enable_shared_from_this<Came
 public:
     using Clock = std::chrono::steady_clock;
 
-    CameraImpl(Services services, DeviceView view);
+    CameraImpl(Services services, const DeviceView& view);
     ~CameraImpl() override;
 
     bool IsValid() const override;

@@ -110,7 +110,7 @@ bool IsOnWrongSubnet(const Transport::DeviceRecord& device, const Transport::Int
            ((device.ipAddress ^ interface.ipAddress) & interface.subnetMask) != 0;
 }
 
-DeviceInformation::DeviceInformation(DeviceView view, std::function<void()> forceIp,
+DeviceInformation::DeviceInformation(const DeviceView& view, std::function<void()> forceIp,
                                      std::function<bool()> forcing)
     : InformationMap(Texts(), Numbers(), view) {
     AddCommand(0x8050, std::move(forceIp), std::move(forcing));

@@ -27,7 +27,7 @@ bool IsOnWrongSubnet(const Transport::DeviceRecord& device, const Transport::Int
 class DeviceInformation : public InformationMap<DeviceView> {
 public:
     /// `forceIp` starts giving the camera an address; `forcing` tells whether that goes on.
-    DeviceInformation(DeviceView view, std::function<void()> forceIp, std::function<bool()> forcing);
+    DeviceInformation(const DeviceView& view, std::function<void()> forceIp, std::function<bool()> forcing);
 };
 
 } // namespace Norvane::Core

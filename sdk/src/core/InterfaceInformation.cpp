@@ -62,7 +62,7 @@ const InterfaceView::Device* InterfaceView::Selected() const {
                                  std::clamp<std::int64_t>(selected, 0, LargestSelector(*this)))];
 }
 
-InterfaceInformation::InterfaceInformation(InterfaceView view, InterfaceCommands commands)
+InterfaceInformation::InterfaceInformation(const InterfaceView& view, InterfaceCommands commands)
     : InformationMap(Texts(), Numbers(), view) {
     AddCommand(0x8028, std::move(commands.updateList), [] { return false; });
     AddCommand(

@@ -38,7 +38,7 @@ struct InterfaceCommands {
 /// The transport-layer map of an interface (descriptions/InterfaceInformation.xml). Owned by its interface.
 class InterfaceInformation : public InformationMap<InterfaceView> {
 public:
-    InterfaceInformation(InterfaceView view, InterfaceCommands commands);
+    InterfaceInformation(const InterfaceView& view, InterfaceCommands commands);
 };
 
 } // namespace Norvane::Core

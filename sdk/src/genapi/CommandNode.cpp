@@ -50,10 +50,12 @@ std::int64_t CommandNode::CommandValue() {
 void CommandNode::Run() {
     m_running = true;
     const bool keptHere = m_target.Write(CommandValue());
-    if (keptHere) {
-        m_running = false;
-    } else if (Node* const behind = m_target.Current(); !behind || !behind->Readable()) {
-        m_running = false; // nothing tells the end: it counts as done at once
+    const auto tellsItsEnd = [this] {
+        Node* const behind = m_target.Current();
+        return behind && behind->Readable();
+    };
+    if (keptHere || !tellsItsEnd()) {
+        m_running = false; // it counts as done at once
     }
     // Whatever the register holds, the command has had its effect on the nodes that name it as their
     // invalidator.
