@@ -11,16 +11,18 @@
 namespace Norvane::GenApi {
 
 EnumEntryNode::EnumEntryNode(NodeMap& map, pugi::xml_node xml, std::string_view name, std::uint32_t index)
-    : ValueNode(map, xml, name, index, intfIEnumEntry), m_symbolic(SymbolicOf(xml)) {}
+    : ValueNode(map, xml, name, index, intfIEnumEntry), m_symbolic(PlainNameOf(xml)) {}
 
 std::string EnumEntryNode::Prefix(std::string_view enumeration) {
     return "EnumEntry_" + std::string(enumeration) + "_";
 }
 
 std::string_view EnumEntryNode::SymbolicOf(pugi::xml_node entry) {
-    if (const auto given = Trim(entry.child_value("Symbolic")); !given.empty()) {
-        return given;
-    }
+    const auto given = Trim(entry.child_value("Symbolic"));
+    return given.empty() ? PlainNameOf(entry) : given;
+}
+
+std::string_view EnumEntryNode::PlainNameOf(pugi::xml_node entry) {
     auto name = Trim(entry.attribute("Name").value());
     const auto prefix = Prefix(Trim(entry.parent().attribute("Name").value()));
     if (name.size() > prefix.size() && name.substr(0, prefix.size()) == prefix) {
@@ -39,7 +41,10 @@ bool EnumEntryNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader)
         m_numeric = loader.Float(*this, element);
         m_hasNumeric = true;
         return true;
-    case Tag::Symbolic: // read with the name
+    case Tag::Symbolic:
+        if (const auto given = Trim(element.child_value()); !given.empty()) {
+            m_symbolic = given;
+        }
         return true;
     case Tag::IsSelfClearing:
         m_selfClearing = loader.YesNo(*this, element);
@@ -68,7 +73,8 @@ void EnumEntryNode::FromText(const std::string&, bool) {
 
 bool EnumerationNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
     if (tag == Tag::EnumEntry) {
-        if (auto* const entry = dynamic_cast<EnumEntryNode*>(loader.NodeFor(element))) {
+        if (Node* const node = loader.NodeFor(element)) {
+            auto* const entry = static_cast<EnumEntryNode*>(node);
             entry->SetEnumeration(this);
             m_entries.push_back(entry);
         }

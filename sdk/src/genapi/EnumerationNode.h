@@ -42,6 +42,8 @@ protected:
     void FromText(const std::string&, bool) override;
 
 private:
+    static std::string_view PlainNameOf(pugi::xml_node entry);
+
     Node* m_enumeration = nullptr;
     std::string_view m_symbolic;
     std::int64_t m_value = 0;

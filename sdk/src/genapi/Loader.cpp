@@ -33,6 +33,12 @@ public:
     void CollectEdges(EdgeSink&) override {}
 };
 
+/// Kinds whose address may be calculated by a formula inside them.
+bool IsRegister(Tag tag) {
+    return tag == Tag::IntReg || tag == Tag::MaskedIntReg || tag == Tag::FloatReg || tag == Tag::StringReg ||
+           tag == Tag::Register;
+}
+
 /// A Node without any function.
 class PlainNode final : public Node {
 public:
@@ -41,17 +47,18 @@ public:
 
 } // namespace
 
-void Loader::Run(std::string_view description) {
-    Parse(description);
+void Loader::Run() {
+    Parse();
     CreateNodes();
     LoadNodes();
     Connect();
 }
 
-void Loader::Parse(std::string_view description) {
-    m_map.m_text = DescriptionText(description);
+void Loader::Parse() {
     auto& text = m_map.m_text;
-    const auto result = m_map.m_document.load_buffer_inplace(text.data(), text.size());
+    // A text stands in its element instead of in a node of its own: that halves the document.
+    const auto result = m_map.m_document.load_buffer_inplace(text.data(), text.size(),
+                                                             pugi::parse_default | pugi::parse_embed_pcdata);
     if (!result) {
         // The parser wrote into the text, but never over line breaks outside of values; the line is close
         // enough to find the place.
@@ -112,7 +119,7 @@ Node* Loader::Create(Tag tag, pugi::xml_node xml, std::string_view name, bool hi
             Complain(std::string("a ") + xml.name() + " without a Name is left out");
             return nullptr;
         }
-        if (m_map.m_byName.count(name) != 0) {
+        if (m_map.Named(name)) {
             Complain("there are several nodes named " + std::string(name) + "; the first one is used");
             return nullptr;
         }
@@ -176,6 +183,7 @@ Node* Loader::Create(Tag tag, pugi::xml_node xml, std::string_view name, bool hi
         break;
     case Tag::Port:
         node = Make<PortNode>(xml, name);
+        m_portNodes.push_back(static_cast<PortNode*>(node));
         break;
     case Tag::ConfRom:
     case Tag::TextDesc:
@@ -183,6 +191,7 @@ Node* Loader::Create(Tag tag, pugi::xml_node xml, std::string_view name, bool hi
     case Tag::AdvFeatureLock:
     case Tag::SmartFeature:
         node = Make<UnsupportedNode>(xml, name, intfIBase);
+        Fault(*node, std::string("nodes of the kind ") + xml.name() + " belong to IEEE 1394 cameras");
         break;
     default:
         if (m_unknown.insert(xml.name()).second) {
@@ -192,7 +201,7 @@ Node* Loader::Create(Tag tag, pugi::xml_node xml, std::string_view name, bool hi
         return nullptr;
     }
     if (!hidden) {
-        m_map.m_byName.emplace(node->NameView(), node);
+        m_map.m_byName.Insert(std::hash<std::string_view>()(name), node->Index());
     }
     return node;
 }
@@ -202,7 +211,7 @@ void Loader::CreateNodes() {
     const auto root = m_map.m_document.document_element();
     constexpr std::size_t kBytesPerNode = 200; // what makers write on the average, rather less than more
     const auto expected = m_map.m_text.size() / kBytesPerNode;
-    m_map.m_byName.reserve(expected);
+    m_map.m_byName.Reserve(expected);
     m_map.m_nodes.reserve(expected);
     auto xml = root.first_child();
     while (xml) {
@@ -219,7 +228,9 @@ void Loader::CreateNodes() {
                 if (tag == Tag::Enumeration) {
                     CreateEntries(xml, name);
                 }
-                CreateNested(xml);
+                if (IsRegister(tag)) {
+                    CreateNested(xml);
+                }
             }
         }
         while (!xml.next_sibling() && xml.parent() != root) {
@@ -227,7 +238,7 @@ void Loader::CreateNodes() {
         }
         xml = xml.next_sibling();
     }
-    if (m_map.m_byName.count("Root") == 0) {
+    if (!m_map.Named("Root")) {
         Complain("the description has no category 'Root'; its nodes can only be reached by name");
     }
 }
@@ -248,7 +259,7 @@ void Loader::CreateEntries(pugi::xml_node xml, std::string_view enumeration) {
         if (given.empty()) {
             Complain(std::string(enumeration) + ": an EnumEntry without a Name is left out");
         } else if (Node* const node = Create(Tag::EnumEntry, entry, name, false)) {
-            m_nested.emplace(entry.hash_value(), node);
+            m_nested.Insert(entry.hash_value(), node->Index());
         }
     }
 }
@@ -256,10 +267,10 @@ void Loader::CreateEntries(pugi::xml_node xml, std::string_view enumeration) {
 void Loader::CreateNested(pugi::xml_node xml) {
     for (const auto knife : xml.children("IntSwissKnife")) {
         const auto own = Trim(knife.attribute("Name").value());
-        const bool hidden = own.empty() || m_map.m_byName.count(own) != 0;
+        const bool hidden = own.empty() || m_map.Named(own);
         const auto name = own.empty() ? std::string_view("(address formula)") : own;
         if (Node* const node = Create(Tag::IntSwissKnife, knife, name, hidden)) {
-            m_nested.emplace(knife.hash_value(), node);
+            m_nested.Insert(knife.hash_value(), node->Index());
         }
     }
 }
@@ -271,19 +282,17 @@ std::string_view Loader::Store(const std::string& text) {
 }
 
 Node* Loader::NodeFor(pugi::xml_node xml) const {
-    const auto found = m_nested.find(xml.hash_value());
-    return found == m_nested.end() ? nullptr : found->second;
+    const auto found = m_nested.Find(xml.hash_value(),
+                                     [&](std::uint32_t index) { return m_map.m_nodes[index]->Xml() == xml; });
+    return found == IndexTable::kNone ? nullptr : m_map.m_nodes[found];
 }
 
 void Loader::LoadNodes() {
     // Ports first: registers look at them.
     const auto& ports = m_map.m_options.ports;
-    for (Node* node : std::vector<Node*>(m_map.m_nodes)) {
-        auto* const port = dynamic_cast<PortNode*>(node);
-        if (!port) {
-            continue;
-        }
-        port->Load(node->Xml(), *this);
+    for (PortNode* port : m_portNodes) {
+        Node& node = *port;
+        node.Load(node.Xml(), *this);
         const auto given = ports.find(port->Name());
         if (given != ports.end()) {
             port->SetPort(given->second);
@@ -306,9 +315,6 @@ void Loader::LoadNodes() {
         }
         node.Load(xml, *this);
         node.FinishLoading(*this);
-        if (dynamic_cast<UnsupportedNode*>(&node)) {
-            Fault(node, std::string("nodes of the kind ") + xml.name() + " belong to IEEE 1394 cameras");
-        }
         if (node.PollingTime() >= 0) {
             m_map.m_polled.push_back({&node, 0});
         }
@@ -325,16 +331,16 @@ PortNode* Loader::MainPort() {
 }
 
 RegisterTarget* Loader::Target(const AddressPlan& plan) {
-    const auto [first, last] = m_targets.equal_range(plan.constant);
-    for (auto at = first; at != last; ++at) {
-        if (at->second->Plan() == plan) {
-            return at->second;
-        }
+    const auto hash = HashOf(plan);
+    const auto found =
+        m_targets.Find(hash, [&](std::uint32_t index) { return m_map.m_targets[index]->Plan() == plan; });
+    if (found != IndexTable::kNone) {
+        return m_map.m_targets[found];
     }
     void* const memory = m_map.m_arena.allocate(sizeof(RegisterTarget), alignof(RegisterTarget));
     auto* const target = new (memory) RegisterTarget(plan, m_map.m_arena);
+    m_targets.Insert(hash, static_cast<std::uint32_t>(m_map.m_targets.size()));
     m_map.m_targets.push_back(target);
-    m_targets.emplace(plan.constant, target);
     plan.port->AddTarget(target);
     return target;
 }
@@ -353,30 +359,35 @@ void Loader::WatchPorts() {
 
 void Loader::Connect() {
     WatchPorts();
+    // The nodes of a large description do not stay in the processor's cache from one pass over them to the
+    // next, so this is the only one; what follows touches few of them.
     EdgeSink edges;
     edges.m_edges.reserve(m_map.m_nodes.size() * 6);
+    std::vector<std::uint32_t> uncachable;
     for (Node* node : m_map.m_nodes) {
         node->CollectEdges(edges);
+        if (node->OwnCachingMode() == NoCache) {
+            uncachable.push_back(node->Vertex(Facet::Value));
+        }
     }
     auto& graph = m_map.m_graph;
     graph.Build(static_cast<std::uint32_t>(m_map.m_nodes.size()) * kFacets, edges.m_edges);
-    for (Node* node : m_map.m_nodes) {
-        if (node->OwnCachingMode() == NoCache) {
-            graph.SetUncachable(node->Vertex(Facet::Value));
-        }
+    for (const auto vertex : uncachable) {
+        graph.SetUncachable(vertex);
     }
     for (const auto& trouble : graph.Sort()) {
         ReportTrouble(trouble);
     }
-    for (Node* node : m_map.m_nodes) {
-        std::uint8_t cachable = 0;
-        for (std::uint32_t facet = 0; facet < kFacets; ++facet) {
-            cachable = static_cast<std::uint8_t>(cachable | graph.Cachable(node->Index() * kFacets + facet)
-                                                                << facet);
+    for (std::uint32_t vertex = 0; vertex < m_map.m_nodes.size() * kFacets; ++vertex) {
+        if (!graph.Cachable(vertex)) {
+            m_map.m_nodes[vertex / kFacets]->SetUncachable(static_cast<Facet>(vertex % kFacets));
         }
-        node->SetCachable(cachable);
     }
-    AddTriggers();
+    Triggers triggers;
+    for (Node* node : m_linking) {
+        AddTriggers(*node, triggers);
+    }
+    graph.AddTriggers(std::move(triggers));
 }
 
 void Loader::ReportTrouble(const Graph::Trouble& trouble) {
@@ -412,42 +423,32 @@ void Loader::ReportTrouble(const Graph::Trouble& trouble) {
     }
 }
 
-void Loader::AddTriggers() {
-    const auto& graph = m_map.m_graph;
-    const auto& nodes = m_map.m_nodes;
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> triggers;
-    const auto add = [&](Node& from, std::uint32_t to) {
-        triggers.emplace_back(from.Vertex(Facet::Value), to);
-    };
+void Loader::AddTriggers(Node& node, Triggers& triggers) const {
     const auto addContent = [&](Node& from, Node& to, Facet facet) {
-        for (const auto vertex : graph.ContentOf(to.Vertex(facet), nodes)) {
-            add(from, vertex);
+        for (const auto vertex : m_map.m_graph.ContentOf(to.Vertex(facet), m_map.m_nodes)) {
+            triggers.emplace_back(from.Vertex(Facet::Value), vertex);
         }
     };
-    for (Node* node : nodes) {
-        for (std::uint32_t i = node->m_firstLink; i < node->m_firstLink + node->m_links; ++i) {
-            const auto link = m_map.m_links[i];
-            if (link.kind == LinkKind::Invalidator) {
-                addContent(*link.target, *node, Facet::Value);
-                addContent(*link.target, *node, Facet::Range);
-            } else if (link.kind == LinkKind::Selected) {
-                // A device may switch what stands in the registers of a selected feature without the
-                // description saying so.
-                addContent(*node, *link.target, Facet::Value);
-                addContent(*node, *link.target, Facet::Range);
-                add(*node, link.target->Vertex(Facet::Presence));
-                add(*node, link.target->Vertex(Facet::Lock));
-            }
+    for (std::uint32_t i = node.m_firstLink; i < node.m_firstLink + node.m_links; ++i) {
+        Node& target = *m_map.m_links[i].target;
+        if (m_map.m_links[i].kind == LinkKind::Invalidator) {
+            addContent(target, node, Facet::Value);
+            addContent(target, node, Facet::Range);
+        } else if (m_map.m_links[i].kind == LinkKind::Selected) {
+            // A device may switch what stands in the registers of a selected feature without the description
+            // saying so.
+            addContent(node, target, Facet::Value);
+            addContent(node, target, Facet::Range);
+            triggers.emplace_back(node.Vertex(Facet::Value), target.Vertex(Facet::Presence));
+            triggers.emplace_back(node.Vertex(Facet::Value), target.Vertex(Facet::Lock));
         }
     }
-    m_map.m_graph.AddTriggers(std::move(triggers));
 }
 
 Node* Loader::FindName(Node& by, std::string_view element, std::string_view name) {
     name = Trim(name);
-    const auto found = m_map.m_byName.find(name);
-    if (found != m_map.m_byName.end()) {
-        return found->second;
+    if (Node* const found = m_map.Named(name)) {
+        return found;
     }
     Fault(by, "its " + std::string(element) + " '" + std::string(name) + "' does not exist");
     return nullptr;
@@ -459,9 +460,8 @@ Node* Loader::Find(Node& by, pugi::xml_node element) {
 
 Node* Loader::FindOptional(Node& by, pugi::xml_node element) {
     const auto name = Trim(element.child_value());
-    const auto found = m_map.m_byName.find(name);
-    if (found != m_map.m_byName.end()) {
-        return found->second;
+    if (Node* const found = m_map.Named(name)) {
+        return found;
     }
     Complain(by.Name() + ": its " + element.name() + " '" + std::string(name) +
              "' does not exist and is ignored");
@@ -511,8 +511,8 @@ int Loader::Word(Node& by, pugi::xml_node element, std::initializer_list<std::st
 
 std::shared_ptr<INodeMap> CreateNodeMap(std::string_view description, std::shared_ptr<IPort> port,
                                         const NodeMapOptions& options) {
-    auto map = std::make_shared<NodeMap>(std::move(port), options);
-    Loader(*map).Run(description);
+    auto map = std::make_shared<NodeMap>(DescriptionText(description), std::move(port), options);
+    Loader(*map).Run();
     return map;
 }
 

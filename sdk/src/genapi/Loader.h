@@ -4,10 +4,8 @@
 #include "genapi/RegisterTarget.h"
 
 #include <functional>
-#include <memory_resource>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 
 namespace Norvane::GenApi {
@@ -18,8 +16,8 @@ class Loader {
 public:
     explicit Loader(NodeMap& map) : m_map(map) {}
 
-    /// @throws Exception (GenApiLogical, FileFormat) when the text is no description at all.
-    void Run(std::string_view description);
+    /// @throws Exception (GenApiLogical, FileFormat) when the map's text is no description at all.
+    void Run();
 
     // ---- for nodes while they load
 
@@ -40,7 +38,12 @@ public:
     void Fault(Node& node, const std::string& what);
     void Complain(const std::string& what);
 
-    void AddLink(Link link) { m_map.m_links.push_back(link); }
+    void AddLink(Node& by, Link link) {
+        m_map.m_links.push_back(link);
+        if (m_linking.empty() || m_linking.back() != &by) {
+            m_linking.push_back(&by);
+        }
+    }
     std::uint32_t LinkCount() const { return static_cast<std::uint32_t>(m_map.m_links.size()); }
     /// The registers of equal address, length and port share one copy of their bytes.
     RegisterTarget* Target(const AddressPlan& plan);
@@ -53,7 +56,7 @@ public:
     std::string_view Store(const std::string& text);
 
 private:
-    void Parse(std::string_view description);
+    void Parse();
     void CreateNodes();
     void CreateStruct(pugi::xml_node xml);
     void CreateEntries(pugi::xml_node xml, std::string_view enumeration);
@@ -65,15 +68,16 @@ private:
     void WatchPorts();
     void Connect();
     void ReportTrouble(const Graph::Trouble& trouble);
-    void AddTriggers();
+    using Triggers = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
+    void AddTriggers(Node& node, Triggers& triggers) const;
 
     NodeMap& m_map;
-    std::pmr::monotonic_buffer_resource m_scratch;
-    std::pmr::unordered_map<std::size_t, Node*> m_nested{&m_scratch}; ///< by the hash of the element
-    /// By the address's constant.
-    std::pmr::unordered_multimap<std::int64_t, RegisterTarget*> m_targets{&m_scratch};
+    IndexTable m_nested;  ///< indices of the map's nodes, by their elements
+    IndexTable m_targets; ///< indices of the map's targets, by their plans
     std::unordered_set<std::string> m_unknown;
     AddressPlan m_plan;
+    std::vector<PortNode*> m_portNodes; ///< of the description
+    std::vector<Node*> m_linking;       ///< nodes with links
     PortNode* m_mainPort = nullptr;
     int m_complaints = 0;
 };

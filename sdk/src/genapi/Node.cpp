@@ -65,7 +65,7 @@ void Node::Load(pugi::xml_node xml, Loader& loader) {
 bool Node::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
     const auto link = [&](LinkKind kind) {
         if (Node* target = loader.FindOptional(*this, element)) {
-            loader.AddLink({target, kind});
+            loader.AddLink(*this, {target, kind});
         }
     };
     switch (tag) {

@@ -136,8 +136,9 @@ public:
     bool Broken() const { return m_broken; }
     /// Forgets what is cached of a facet. `keepBytes`: the register's bytes are known to be right.
     virtual void Forget(Facet facet, bool keepBytes);
-    void SetCachable(std::uint8_t facets) { m_cachable = facets; }
-    std::uint8_t CachableFacets() const { return m_cachable; }
+    void SetUncachable(Facet facet) {
+        m_cachable = static_cast<std::uint8_t>(m_cachable & ~(1u << static_cast<unsigned>(facet)));
+    }
     virtual ECachingMode OwnCachingMode() const { return WriteThrough; }
     std::int64_t PollingTime() const { return m_pollingTime; }
     /// A kind that polls in its own way, and whether it wants to now; others have their registers read again.
@@ -223,7 +224,7 @@ private:
     std::uint32_t m_firstLink = 0;
     Published<std::uint32_t> m_cached;
     std::uint16_t m_links = 0;
-    std::uint8_t m_cachable = 0;
+    std::uint8_t m_cachable = 0xF; ///< a bit for each facet
     EInterfaceType m_type;
     std::int32_t m_pollingTime = -1;
     std::uint8_t m_imposed = RW;

@@ -223,9 +223,8 @@ void Node::GetChildren(node_vector& children, ELinkType linkType) const {
     case ctWritingChildren:
         for (const char* element : {"pValue", "pValueCopy", "pValueIndexed", "pValueDefault"}) {
             for (const auto child : m_xml.children(element)) {
-                if (const auto found = m_map.m_byName.find(Trim(child.child_value()));
-                    found != m_map.m_byName.end()) {
-                    add(found->second->Vertex(Facet::Value));
+                if (Node* const found = m_map.Named(Trim(child.child_value()))) {
+                    add(found->Vertex(Facet::Value));
                 }
             }
         }

@@ -11,8 +11,9 @@
 
 namespace Norvane::GenApi {
 
-NodeMap::NodeMap(std::shared_ptr<IPort> port, const NodeMapOptions& options)
-    : m_options(options), m_port(std::move(port)) {}
+NodeMap::NodeMap(std::string text, std::shared_ptr<IPort> port, const NodeMapOptions& options)
+    : m_options(options), m_port(std::move(port)), m_text(std::move(text)),
+      m_arena(std::max<std::size_t>(m_text.size() + m_text.size() / 2, 4096)) {}
 
 NodeMap::~NodeMap() {
     for (Node* node : m_nodes) {
@@ -30,23 +31,27 @@ INode* NodeMap::GetNode(const gcstring& name) const {
             text.remove_prefix(prefix.size());
         }
     }
-    const auto found = m_byName.find(text);
-    return found == m_byName.end() ? nullptr : found->second;
+    return Named(text);
+}
+
+Node* NodeMap::Named(std::string_view name) const {
+    const auto found = m_byName.Find(std::hash<std::string_view>()(name),
+                                     [&](std::uint32_t index) { return m_nodes[index]->NameView() == name; });
+    return found == IndexTable::kNone ? nullptr : m_nodes[found];
 }
 
 void NodeMap::GetNodes(node_vector& nodes) const {
     nodes.clear();
-    nodes.reserve(m_byName.size());
+    nodes.reserve(m_byName.Size());
     for (Node* node : m_nodes) {
-        const auto found = m_byName.find(node->NameView());
-        if (found != m_byName.end() && found->second == node) {
+        if (Named(node->NameView()) == node) {
             nodes.push_back(node);
         }
     }
 }
 
 std::uint64_t NodeMap::GetNumNodes() const {
-    return m_byName.size();
+    return m_byName.Size();
 }
 
 void NodeMap::MakeWay() const {

@@ -2,6 +2,7 @@
 
 #include "genapi/Callbacks.h"
 #include "genapi/Graph.h"
+#include "genapi/IndexTable.h"
 #include "genapi/MapMutex.h"
 #include "genapi/Node.h"
 #include "genapi/Published.h"
@@ -27,7 +28,8 @@ class RegisterTarget;
 /// rest.
 class NodeMap final : public INodeMap, public std::enable_shared_from_this<NodeMap> {
 public:
-    NodeMap(std::shared_ptr<IPort> port, const NodeMapOptions& options);
+    /// @param text  the description as plain XML.
+    NodeMap(std::string text, std::shared_ptr<IPort> port, const NodeMapOptions& options);
     ~NodeMap() override;
 
     INode* GetNode(const gcstring& name) const override;
@@ -81,6 +83,8 @@ public:
     void AddChanged(Node& node) { m_callbacks.AddChanged(node); }
     const Graph& Dependencies() const { return m_graph; }
     const std::vector<Node*>& Nodes() const { return m_nodes; }
+    /// Null when no node has the name, or only a hidden one.
+    Node* Named(std::string_view name) const;
     const std::vector<Link>& Links() const { return m_links; }
     /// What is wrong with a broken node.
     std::string FaultOf(const Node& node) const;
@@ -109,12 +113,12 @@ private:
     CallbackList m_callbacks;
     const NodeMapOptions m_options;
     const std::shared_ptr<IPort> m_port;
-    std::pmr::monotonic_buffer_resource m_arena;
     std::string m_text;
+    std::pmr::monotonic_buffer_resource m_arena;
     pugi::xml_document m_document;
     std::vector<Node*> m_nodes; ///< in the description's order; a hidden one has no place in m_byName
     std::vector<Link> m_links;
-    std::pmr::unordered_map<std::string_view, Node*> m_byName{&m_arena};
+    IndexTable m_byName; ///< indices of m_nodes
     std::unordered_map<const Node*, std::string> m_faults;
     std::vector<RegisterTarget*> m_targets; ///< in the arena, as the nodes
     struct LivePort {

@@ -60,8 +60,10 @@ bool RegisterCore::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) 
         return true;
     case Tag::pPort:
         if (Node* node = loader.Find(m_owner, element)) {
-            plan.port = dynamic_cast<PortNode*>(node);
-            if (!plan.port) {
+            if (node->GetPrincipalInterfaceType() == intfIPort) {
+                plan.port = static_cast<PortNode*>(node);
+            } else {
+                plan.port = nullptr;
                 loader.Fault(m_owner, "its pPort '" + node->Name() + "' is no Port");
             }
         }

@@ -18,6 +18,21 @@ std::int64_t WrappingMultiply(std::int64_t left, std::int64_t right) {
 
 } // namespace
 
+std::uint64_t HashOf(const AddressPlan& plan) {
+    std::uint64_t hash = 0;
+    const auto mix = [&hash](std::uint64_t part) {
+        hash = (hash ^ part) * 0x9E3779B97F4A7C15u;
+        hash ^= hash >> 32;
+    };
+    mix(static_cast<std::uint64_t>(plan.constant));
+    mix(static_cast<std::uint64_t>(plan.length));
+    for (const auto& term : plan.terms) {
+        mix(reinterpret_cast<std::uintptr_t>(term.node));
+        mix(static_cast<std::uint64_t>(term.offset));
+    }
+    return hash;
+}
+
 RegisterTarget::RegisterTarget(AddressPlan plan, std::pmr::memory_resource& memory)
     : m_plan(std::move(plan)), m_users(&memory) {
     if (IsStatic()) {

@@ -32,6 +32,7 @@ struct AddressPlan {
 
     bool operator==(const AddressPlan&) const = default;
 };
+std::uint64_t HashOf(const AddressPlan& plan);
 
 /// The bytes at one address of one port, shared by all register nodes that are described by the same plan.
 /// Owned by the node map, guarded by its lock.
