@@ -6,7 +6,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstring>
+#include <ctime>
 #include <vector>
 
 namespace {
@@ -92,6 +94,53 @@ void Build_Aravis(benchmark::State& state) {
     }
 }
 
+double ProcessorSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+/// How much longer a description of 5000 features takes than one of 500 (`time`, in processor time), beside
+/// how much more there is of it (`bytes`, `nodes`). Each iteration builds both, so that what else the machine
+/// does meets both alike; the median counts.
+template <class Build>
+void Growth(benchmark::State& state, Build&& build) {
+    constexpr int kTimes = 10;
+    const auto port = std::make_shared<PlainPort>();
+    const auto small = GeneratedDescription(500);
+    const auto large = GeneratedDescription(500 * kTimes);
+    std::vector<double> ratios;
+    for (auto _ : state) {
+        const auto start = ProcessorSeconds();
+        for (int i = 0; i < kTimes; ++i) {
+            build(small, port);
+        }
+        const auto between = ProcessorSeconds();
+        build(large, port);
+        ratios.push_back(kTimes * (ProcessorSeconds() - between) / (between - start));
+    }
+    const auto middle = ratios.begin() + static_cast<std::ptrdiff_t>(ratios.size() / 2);
+    std::nth_element(ratios.begin(), middle, ratios.end());
+    const auto nodes = [&](const std::string& description) {
+        return static_cast<double>(CreateNodeMap(description, port)->GetNumNodes());
+    };
+    state.counters["time"] = *middle;
+    state.counters["bytes"] = static_cast<double>(large.size()) / static_cast<double>(small.size());
+    state.counters["nodes"] = nodes(large) / nodes(small);
+}
+
+void BuildGrowth_Norvane(benchmark::State& state) {
+    Growth(state, [](const std::string& description, const std::shared_ptr<IPort>& port) {
+        benchmark::DoNotOptimize(CreateNodeMap(description, port));
+    });
+}
+
+void BuildGrowth_Aravis(benchmark::State& state) {
+    Growth(state, [](const std::string& description, const std::shared_ptr<IPort>& port) {
+        benchmark::DoNotOptimize(AravisEngine(description, port).Good());
+    });
+}
+
 void FirstRead_Norvane(benchmark::State& state) {
     const int count = static_cast<int>(state.range(0));
     const auto description = GeneratedDescription(count);
@@ -174,6 +223,8 @@ void Write_Norvane(benchmark::State& state) {
 
 BENCHMARK(Build_Norvane)->Arg(500)->Arg(2000)->Arg(5000)->Unit(benchmark::kMillisecond);
 BENCHMARK(Build_Aravis)->Arg(500)->Arg(2000)->Arg(5000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BuildGrowth_Norvane)->Unit(benchmark::kMillisecond)->Iterations(25);
+BENCHMARK(BuildGrowth_Aravis)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(FirstRead_Norvane)->Arg(500)->Arg(2000)->Arg(5000)->Unit(benchmark::kMillisecond)->Iterations(20);
 BENCHMARK(FirstRead_Aravis)->Arg(500)->Arg(2000)->Arg(5000)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(SecondRead_Norvane)->Arg(500)->Arg(2000)->Arg(5000)->Unit(benchmark::kMillisecond);
