@@ -25,6 +25,7 @@
 #include <QMainWindow>
 #include <QMouseEvent>
 #include <QScrollBar>
+#include <QShortcut>
 #include <QThread>
 #include <QToolButton>
 
@@ -118,6 +119,10 @@ void wImageDisplay::setupWidget() {
     setupStatusBar();
     setWidget(m_container);
 
+    // The dock's own buttons take no keyboard focus.
+    auto* closing = new QShortcut(QKeySequence::Close, this);
+    closing->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(closing, &QShortcut::activated, this, &QWidget::close);
     connect(this, &wImageDisplay::enableZoom, this, &wImageDisplay::OnEnableZoomButtons);
     connect(this, &wImageDisplay::disableZoom, this, &wImageDisplay::OnDisableZoomButtons);
     connect(this, &wImageDisplay::enableSave, this, &wImageDisplay::OnEnableSave);

@@ -88,6 +88,10 @@ void FeatureTreeView::mouseReleaseEvent(QMouseEvent* event) {
 void FeatureTreeView::keyPressEvent(QKeyEvent* event) {
     const QScopedValueRollback<bool> rollback(m_typing, true);
     const QModelIndex current = currentIndex();
+    if (current.isValid() && event->modifiers() == Qt::AltModifier && event->key() == Qt::Key_Return) {
+        emit doubleClicked(current);
+        return;
+    }
     if (current.isValid() && event->modifiers() == Qt::NoModifier) {
         const bool leaf = !model()->hasChildren(current.sibling(current.row(), 0));
         switch (event->key()) {
@@ -114,6 +118,9 @@ void FeatureTreeView::keyPressEvent(QKeyEvent* event) {
         }
     }
     QTreeView::keyPressEvent(event);
+    if (currentIndex().row() != current.row() || currentIndex().parent() != current.parent()) {
+        emit walkedTo(currentIndex());
+    }
 }
 
 bool FeatureTreeView::viewportEvent(QEvent* event) {

@@ -6,7 +6,8 @@
 
 /// The tree of features. It decides which click or key opens an editor, because opening one can act on the
 /// camera: a click runs a command once, and walking through the rows with the keyboard neither runs commands
-/// nor takes the arrow keys away; Enter, F2, Space or typing edits then. Owned by wFeatureTree.
+/// nor takes the arrow keys away; Enter, F2, Space or typing edits then, Alt+Enter is a double-click. Owned
+/// by wFeatureTree.
 class FeatureTreeView : public QTreeView {
     Q_OBJECT
 
@@ -17,6 +18,10 @@ public:
     void showModel(QAbstractItemModel* model);
     /// True while the editor that is being made was asked for by a click.
     bool isOpenedByClick() const { return m_openedByClick; }
+
+signals:
+    /// The keyboard made another row the current one.
+    void walkedTo(const QModelIndex& index);
 
 protected:
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;

@@ -172,6 +172,7 @@ void wFeatureTree::setupCustomFeatureTree() {
     m_filteredModel->setRowHeight(delegate->rowHeight());
     connect(m_treeView, SIGNAL(doubleClicked(QModelIndex)), this, SLOT(OnDoubleClickParam(QModelIndex)));
     connect(m_treeView, SIGNAL(clicked(QModelIndex)), this, SLOT(OnSingleClickParam(QModelIndex)));
+    connect(m_treeView, &FeatureTreeView::walkedTo, this, &wFeatureTree::singleClickUpdateLabels);
     widget()->layout()->addWidget(m_treeView);
 }
 

@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QWheelEvent>
 
@@ -238,6 +239,17 @@ TEST_F(ClosingTest, InMidStream) {
     StreamUntilShown();
     CloseDisplay();
     EXPECT_FALSE(m_camera->IsStreaming());
+}
+
+TEST_F(ClosingTest, ByTheKeyboard) {
+    Open();
+    const QSignalSpy closed(m_display, SIGNAL(disconnectImDisplay(Norvane::CameraPtr)));
+    m_window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&m_window));
+    Button("actionStartStream")->setFocus();
+    QTest::keySequence(Button("actionStartStream"), QKeySequence::Close);
+    EXPECT_EQ(closed.count(), 1);
+    EXPECT_FALSE(m_display->isVisible());
 }
 
 TEST_F(ClosingTest, WhileASingleImageNeverComes) {

@@ -269,6 +269,12 @@ TEST_F(FeatureTreeTest, AClickDescribesAndADoubleClickInforms) {
     delete m_tree->findChild<wPrmDialog*>();
     pressButton("actionSortXML");
     EXPECT_FALSE(labels().contains("Away")) << "a rebuild clears the description";
+
+    view()->setCurrentIndex(view()->indexAbove(cell("Away").sibling(cell("Away").row(), 0)));
+    QTest::keyClick(view(), Qt::Key_Down);
+    EXPECT_TRUE(labels().contains("Away")) << "the keyboard shows the description as a click does";
+    QTest::keyClick(view(), Qt::Key_Return, Qt::AltModifier);
+    EXPECT_EQ(m_tree->findChildren<wPrmDialog*>().size(), 1) << "and the node's information";
 }
 
 TEST_F(FeatureTreeTest, EveryButtonHasAName) {
