@@ -329,7 +329,7 @@ bool wFeatureTree::readAhead() {
     m_prefetch = std::make_unique<Prefetch>(
         std::vector<INodeMap*>{&m_camera->GetNodeMap(), &m_camera->GetTLDeviceNodeMap(),
                                &m_camera->GetTLStreamNodeMap()},
-        [this] { QMetaObject::invokeMethod(this, "OnCameraRead", Qt::QueuedConnection); });
+        m_camera.Shared(), [this] { QMetaObject::invokeMethod(this, "OnCameraRead", Qt::QueuedConnection); });
     if (!m_prefetch->WaitFor(kPatience)) {
         return false;
     }

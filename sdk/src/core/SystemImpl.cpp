@@ -3,6 +3,7 @@
 #include "core/LibraryThread.h"
 #include "core/Version.h"
 #include "norvane/Log.h"
+#include "norvane/genapi/Prefetch.h"
 
 #include <iterator>
 #include <string>
@@ -42,6 +43,7 @@ SystemImpl::~SystemImpl() {
     m_pollEnd.notify_all();
     m_pollThread.join();
     m_registry->Shutdown();
+    GenApi::Prefetch::AwaitGivenUp(); // a device must not outlive its transport
     m_tasks->Finish();
     if (const std::size_t handles = m_registry->CountHandles()) {
         Log(LogLevel::Warning, "the camera system was released; handles to cameras or interfaces that are "

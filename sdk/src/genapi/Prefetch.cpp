@@ -7,7 +7,7 @@
 #include "norvane/genapi/Pointer.h"
 
 #include <atomic>
-#include <thread>
+#include <list>
 #include <unordered_set>
 
 namespace Norvane::GenApi {
@@ -54,13 +54,15 @@ struct Prefetch::Work {
     void ReadBelow(INode* node);
 
     std::vector<INodeMap*> maps;
-    std::function<void()> done;
+    std::shared_ptr<const void> owner;
     std::atomic<bool> stopping{false};
+    std::atomic<bool> finished{false};    ///< the thread does nothing more
     std::unordered_set<const INode*> met; ///< categories may list one another
     mutable Mutex mutex;
     mutable ConditionVariable ended;
     bool atEnd GUARDED_BY(mutex) = false;
-    std::thread thread;
+    Mutex doneMutex; ///< held while `done` is called
+    std::function<void()> done GUARDED_BY(doneMutex);
 };
 
 void Prefetch::Work::ReadBelow(INode* node) {
@@ -96,21 +98,90 @@ void Prefetch::Work::Run() {
         atEnd = true;
     }
     ended.notify_all();
-    if (done && !stopping) {
-        done();
+    {
+        const MutexLock lock(doneMutex);
+        if (done) {
+            done();
+        }
     }
+    owner.reset();
+    finished = true;
 }
 
-Prefetch::Prefetch(std::vector<INodeMap*> maps, std::function<void()> done)
-    : m_work(std::make_unique<Work>()) {
+namespace {
+
+/// The threads of readings that were given up, until they have ended. Those that have are joined when the
+/// next one comes.
+class GivenUp {
+public:
+    ~GivenUp() { Wait(); }
+
+    void Add(std::thread thread, std::function<bool()> finished) {
+        const MutexLock lock(m_mutex);
+        m_readings.remove_if([](Reading& reading) {
+            if (!reading.finished()) {
+                return false;
+            }
+            reading.thread.join();
+            return true;
+        });
+        m_readings.push_back({std::move(thread), std::move(finished)});
+    }
+
+    void Wait() {
+        std::list<Reading> readings;
+        {
+            const MutexLock lock(m_mutex);
+            readings.swap(m_readings);
+        }
+        for (Reading& reading : readings) {
+            reading.thread.join();
+        }
+    }
+
+private:
+    struct Reading {
+        std::thread thread;
+        std::function<bool()> finished;
+    };
+
+    Mutex m_mutex;
+    std::list<Reading> m_readings GUARDED_BY(m_mutex);
+};
+
+GivenUp& TheGivenUp() {
+    static GivenUp readings;
+    return readings;
+}
+
+} // namespace
+
+Prefetch::Prefetch(std::vector<INodeMap*> maps, std::shared_ptr<const void> owner, std::function<void()> done)
+    : m_work(std::make_shared<Work>()) {
     m_work->maps = std::move(maps);
-    m_work->done = std::move(done);
-    m_work->thread = std::thread([work = m_work.get()] { work->Run(); });
+    m_work->owner = std::move(owner);
+    {
+        const MutexLock lock(m_work->doneMutex);
+        m_work->done = std::move(done);
+    }
+    m_thread = std::thread([work = m_work] { work->Run(); });
 }
 
 Prefetch::~Prefetch() {
     m_work->stopping = true;
-    m_work->thread.join();
+    {
+        const MutexLock lock(m_work->doneMutex);
+        m_work->done = nullptr;
+    }
+    if (WaitFor(std::chrono::milliseconds::zero())) {
+        m_thread.join();
+    } else {
+        TheGivenUp().Add(std::move(m_thread), [work = m_work] { return work->finished.load(); });
+    }
+}
+
+void Prefetch::AwaitGivenUp() {
+    TheGivenUp().Wait();
 }
 
 bool Prefetch::WaitFor(std::chrono::milliseconds longest) const {

@@ -73,23 +73,34 @@ TEST_F(FeatureTreeTest, ShowsAnInterfaceAndNothing) {
 }
 
 /// The window does not wait for a camera that takes its time: the rows come when the library has read it.
-TEST_F(FeatureTreeTest, ASlowCameraFillsTheTreeLater) {
-    const QStringList headers{"Duskwing X", "Transport Layer", "Stream Parameters"};
-    const auto slow = [] {
+class SlowCameraTest : public TreeFixture {
+protected:
+    /// A camera that does not answer before its port is let through.
+    void showHeld() {
         auto camera = makeCamera();
         camera->port->hold(true);
-        return camera;
-    };
-    const auto showHeld = [&] {
-        show(slow());
-        EXPECT_EQ(rows(), headers);
-    };
+        show(std::move(camera));
+        EXPECT_EQ(rows(), kHeaders);
+    }
+    /// Lets the reading end, however it was given up or not, and what it says of that come in.
+    void letThrough(TestCamera& camera) {
+        camera.port->hold(false);
+        Prefetch::AwaitGivenUp();
+        QCoreApplication::processEvents();
+    }
+
+    const QStringList kHeaders{"Duskwing X", "Transport Layer", "Stream Parameters"};
+};
+
+TEST_F(SlowCameraTest, FillsTheTreeWhenItIsRead) {
     showHeld();
+    EXPECT_TRUE(labelled("Reading the features of the camera ..."));
     m_tree->OnSortTreeByXML(); // changes nothing
-    EXPECT_EQ(rows(), headers);
+    EXPECT_EQ(rows(), kHeaders);
     m_camera->port->hold(false);
     EXPECT_TRUE(QTest::qWaitFor([this] { return cell("Height").isValid(); }));
     EXPECT_LE(m_camera->port->mostReads(), 1);
+    EXPECT_FALSE(labelled("Reading the features of the camera ..."));
     m_camera->port->setValue(4, 7);
     m_camera->deviceMap->InvalidateNodes();
     QCoreApplication::processEvents();
@@ -100,17 +111,71 @@ TEST_F(FeatureTreeTest, ASlowCameraFillsTheTreeLater) {
     m_camera->port->hold(false);
     EXPECT_TRUE(QTest::qWaitFor([this] { return cell("Height").isValid(); }));
     EXPECT_EQ(rows().front(), "Abc=id");
-    pressButton("actionSortXML");
+}
 
-    // Another choice meanwhile gives it up, and what was under way is no longer shown.
+/// Nothing here waits for the camera that is held: if it did, the test would not end.
+TEST_F(SlowCameraTest, IsGivenUpByAnotherChoice) {
+    const auto other = [] {
+        return makeCamera(category("Root", "Other") + category("Other", "Offset") + integer("Offset", 0));
+    };
     showHeld();
-    const auto first = m_camera;
-    std::thread release([&] { first->port->hold(false); });
-    show(makeCamera(category("Root", "Other") + category("Other", "Offset") + integer("Offset", 0)));
-    release.join();
-    QCoreApplication::processEvents();
+    auto first = m_camera;
+    show(other());
     EXPECT_TRUE(cell("Offset").isValid());
+    letThrough(*first);
+    EXPECT_FALSE(cell("Height").isValid()) << "what was under way is no longer shown";
+
+    showHeld();
+    first = m_camera;
+    m_tree->UpdateTreeViewCamera({}); // unplugged, or nothing selected
+    EXPECT_EQ(rows(), QStringList());
+    letThrough(*first);
+    EXPECT_EQ(rows(), QStringList());
+
+    showHeld();
+    const std::weak_ptr<TestCamera> last = m_camera;
+    const auto port = m_camera->port;
+    show(other());
+    EXPECT_FALSE(last.expired()) << "it is being read";
+    port->hold(false);
+    Prefetch::AwaitGivenUp();
+    EXPECT_TRUE(last.expired());
+}
+
+TEST_F(SlowCameraTest, CanBeUnpluggedWhileItIsRead) {
+    showHeld();
+    // The rows come although the library has no maps any more; then the device list takes the camera away.
+    m_camera->unknown = true;
+    m_camera->port->hold(false);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !labelled("Reading the features of the camera ..."); }));
     EXPECT_FALSE(cell("Height").isValid());
+    m_tree->UpdateTreeViewCamera({});
+    EXPECT_EQ(rows(), QStringList());
+    EXPECT_TRUE(view()->updatesEnabled());
+
+    // Closed and chosen again, it is opened and read anew.
+    showHeld();
+    const auto camera = m_camera;
+    camera->initialized = false;
+    camera->port->hold(false);
+    show(camera);
+    EXPECT_TRUE(camera->initialized);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return cell("Height").isValid(); }));
+}
+
+TEST_F(SlowCameraTest, IsSearchedWithoutTheCameraBefore) {
+    show(makeCamera());
+    searchBox()->setText("Height");
+    EXPECT_TRUE(cell("Height").isValid());
+    const std::weak_ptr<TestCamera> before = m_camera;
+    auto held = makeCamera();
+    held->port->hold(true);
+    show(held);
+    EXPECT_TRUE(before.expired());
+    searchBox()->setText("Hei"); // its categories are gone with it
+    EXPECT_FALSE(cell("Height").isValid());
+    held->port->hold(false);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return cell("Height").isValid(); })) << "found when it is read";
 }
 
 TEST_F(FeatureTreeTest, BrokenMapsLeaveATreeThatWorks) {

@@ -92,6 +92,13 @@ void TestCamera::Init() {
     initialized = true;
 }
 
+INodeMap& TestCamera::GetNodeMap() {
+    if (unknown) {
+        throw Norvane::Exception(Norvane::Error::NotInitialized, "the camera's features are not known");
+    }
+    return *deviceMap;
+}
+
 TestInterface::TestInterface(const std::string& nodes) : map(makeMap(nodes, port)) {}
 
 std::string category(const std::string& name, const std::string& features) {

@@ -62,7 +62,7 @@ public:
     void DeInit() override { initialized = false; }
     bool IsStreaming() const override { return false; }
     Norvane::GenApi::EAccessMode GetAccessMode() const override { return access; }
-    Norvane::GenApi::INodeMap& GetNodeMap() override { return *deviceMap; }
+    Norvane::GenApi::INodeMap& GetNodeMap() override;
     Norvane::GenApi::INodeMap& GetTLDeviceNodeMap() override { return *tlMap; }
     Norvane::GenApi::INodeMap& GetTLStreamNodeMap() override { return *streamMap; }
     std::uint64_t GetDeviceNumber() const override { return 1; }
@@ -80,7 +80,8 @@ public:
     std::shared_ptr<Norvane::GenApi::INodeMap> tlMap;
     std::shared_ptr<Norvane::GenApi::INodeMap> streamMap;
     bool initialized = true;
-    bool opens = true; ///< false: Init() throws
+    bool opens = true;    ///< false: Init() throws
+    bool unknown = false; ///< GetNodeMap() throws
     Norvane::GenApi::EAccessMode access = Norvane::GenApi::RW;
 };
 

@@ -5,6 +5,7 @@
 #include "TestDevice.h"
 #include "wFeatureTree.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QStringList>
@@ -13,6 +14,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <memory>
 
 inline void initPictures() {
@@ -79,6 +81,11 @@ protected:
         const QPoint place = view()->visualRect(index).center();
         QCursor::setPos(view()->viewport()->mapToGlobal(place));
         QTest::mouseClick(view()->viewport(), Qt::LeftButton, {}, place);
+    }
+    bool labelled(const QString& text) const {
+        const auto labels = m_tree->findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(),
+                           [&](QLabel* label) { return label->text() == text; });
     }
     void pressButton(const char* name) {
         QTest::mouseClick(m_tree->findChild<QToolButton*>(name), Qt::LeftButton);

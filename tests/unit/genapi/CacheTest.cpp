@@ -253,7 +253,7 @@ TEST(Cache, SeriesLetOthersIn) {
 
     std::promise<void> done;
     {
-        const Prefetch prefetch({map.get()}, [&] { done.set_value(); });
+        const Prefetch prefetch({map.get()}, map, [&] { done.set_value(); });
         EXPECT_GE(readsUntil(done.get_future()), 10);
         EXPECT_TRUE(prefetch.WaitFor(std::chrono::milliseconds(0)));
     }
@@ -268,6 +268,28 @@ TEST(Cache, SeriesLetOthersIn) {
     }
     const auto polling = std::async(std::launch::async, [&] { map->Poll(100); });
     EXPECT_GE(readsUntil(polling), 10);
+}
+
+/// Whoever gives a reading up does not wait for the device, and the maps live as long as they are read.
+TEST(Cache, ReadingAheadIsGivenUpWithoutTheDevice) {
+    auto description = Describe(Reg("A", 0) + Reg("B", 4));
+    description.replace(description.find("<Category Name=\"Root\"/>"), 23,
+                        "<Category Name=\"Root\"><pFeature>A</pFeature><pFeature>B</pFeature></Category>");
+    const auto port = std::make_shared<StuckPort>(); // whose second read would throw
+    auto map = CreateNodeMap(description, port);
+    const std::weak_ptr<INodeMap> watched = map;
+    bool called = false;
+    {
+        INodeMap* const raw = map.get();
+        const Prefetch prefetch({raw}, std::move(map), [&] { called = true; });
+        port->entered.get_future().wait();
+        EXPECT_FALSE(prefetch.WaitFor(std::chrono::milliseconds(0)));
+    }
+    EXPECT_FALSE(watched.expired());
+    port->released.set_value();
+    Prefetch::AwaitGivenUp();
+    EXPECT_TRUE(watched.expired());
+    EXPECT_FALSE(called);
 }
 
 TEST(Cache, AuditCountsWhatChangedBehindTheCache) {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace Norvane::GenApi {
@@ -12,12 +13,16 @@ namespace Norvane::GenApi {
 /// Reads what a list of all features shows, the access modes and values of everything below "Root", into the
 /// caches of node maps, on a thread of the library. A list that is filled afterwards asks the device only for
 /// what is not cachable. Others may use the maps meanwhile; they wait for one register at most.
+///
+/// Giving a reading up, by destroying the object, waits for no device: the thread ends by itself after the
+/// register that it is reading. The system's end waits for it.
 class Prefetch {
 public:
-    /// The maps must outlive this object. `done` is called by the library's thread at the end, unless the
-    /// object is destroyed before; null for nothing.
-    Prefetch(std::vector<INodeMap*> maps, std::function<void()> done);
-    /// Stops after the register that is being read.
+    /// @param owner  keeps the maps alive; let go by the library's thread when it reads no longer.
+    /// @param done   called by the library's thread at the end; never once the object is destroyed, which
+    /// waits
+    ///               for a call that has begun. Null for nothing.
+    Prefetch(std::vector<INodeMap*> maps, std::shared_ptr<const void> owner, std::function<void()> done);
     ~Prefetch();
     Prefetch(const Prefetch&) = delete;
     Prefetch& operator=(const Prefetch&) = delete;
@@ -25,9 +30,13 @@ public:
     /// Waits for the end, at most so long. @return whether it has come; `done` may still be running.
     bool WaitFor(std::chrono::milliseconds longest) const;
 
+    /// Waits until no reading that was given up touches its maps any more. Not on the thread of a reading.
+    static void AwaitGivenUp();
+
 private:
     struct Work;
-    std::unique_ptr<Work> m_work;
+    std::shared_ptr<Work> m_work;
+    std::thread m_thread;
 };
 
 } // namespace Norvane::GenApi
