@@ -1,13 +1,18 @@
 // Every demosaicing method against its plain scalar twin, bit for bit.
 #include "ScalarDemosaic.h"
 
+#include "imaging/Demosaic/Demosaic.h"
+
 #include "norvane/Image.h"
 
 #include <gmock/gmock.h>
 
+#include <hwy/cache_control.h>
 #include <hwy/targets.h>
 
+#include <algorithm>
 #include <random>
+#include <vector>
 
 namespace Norvane {
 namespace {
@@ -101,6 +106,77 @@ TEST(Demosaic, KernelsOfEveryInstructionSetAgreeWithTheirScalarTwins) {
             Compare<std::uint16_t>(width, height, 10 + random() % 7, random);
             if (HasFatalFailure()) {
                 return;
+            }
+        }
+    }
+}
+
+/// A mosaic and its colours in memory, the colours at an offset and perhaps past the caches.
+template <class T>
+class MemorySink final : public Imaging::ColorSink<T> {
+public:
+    MemorySink(std::size_t width, std::size_t height, std::size_t offset, bool pastCaches)
+        : m_samples(3 * width * height + offset + 64, T{77}), m_rowSamples(3 * width),
+          m_pastCaches(pastCaches) {
+        const auto address = reinterpret_cast<std::uintptr_t>(m_samples.data());
+        m_begin = m_samples.data() + (64 - address % 64) % 64 / sizeof(T) + offset;
+    }
+    T* BeginRow(std::size_t y) override { return m_begin + y * m_rowSamples; }
+    void EndRow(std::size_t) override {}
+    bool PastCaches() const override { return m_pastCaches; }
+    std::vector<T> Colors(std::size_t height) const { return {m_begin, m_begin + height * m_rowSamples}; }
+    bool IsUntouchedAround(std::size_t height) const {
+        const auto untouched = [](T v) { return v == 77; };
+        return std::all_of<const T*>(m_samples.data(), m_begin, untouched) &&
+               std::all_of<const T*>(m_begin + height * m_rowSamples, m_samples.data() + m_samples.size(),
+                                     untouched);
+    }
+
+private:
+    std::vector<T> m_samples;
+    T* m_begin;
+    std::size_t m_rowSamples;
+    bool m_pastCaches;
+};
+
+template <class T>
+struct MemoryMosaic final : Imaging::MosaicSource<T> {
+    void ReadRow(std::size_t y, T* line) const override { std::copy_n(DirectRow(y), width, line); }
+    const T* DirectRow(std::size_t y) const override { return samples.data() + y * width; }
+    std::size_t width = 0;
+    std::vector<T> samples;
+};
+
+template <class T>
+void ComparePastCaches(std::size_t width, std::size_t offset, std::mt19937& random) {
+    constexpr std::size_t kHeight = 5;
+    MemoryMosaic<T> mosaic;
+    mosaic.width = width;
+    mosaic.samples = Content<T>(static_cast<int>(width), kHeight, 8 * sizeof(T), random);
+    for (const ColorProcessingAlgorithm algorithm : kAlgorithms) {
+        const Imaging::MosaicShape shape{width, kHeight, BayerPhase::RG};
+        MemorySink<T> plain(width, kHeight, offset, false), streamed(width, kHeight, offset, true);
+        Imaging::DemosaicRows<T>(algorithm, shape, mosaic, plain, 0, kHeight);
+        Imaging::DemosaicRows<T>(algorithm, shape, mosaic, streamed, 0, kHeight);
+        hwy::FlushStream();
+        ASSERT_EQ(plain.Colors(kHeight), streamed.Colors(kHeight))
+            << "width " << width << ", offset " << offset << ", algorithm " << algorithm;
+        ASSERT_TRUE(streamed.IsUntouchedAround(kHeight)) << "width " << width << ", offset " << offset;
+    }
+}
+
+TEST(Demosaic, ColorsWrittenPastTheCachesAreTheSame) {
+    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
+        SCOPED_TRACE(hwy::TargetName(target));
+        const OnlyTarget only(target);
+        std::mt19937 random(7);
+        for (const std::size_t width : {20, 64, 131, 258, 450}) {
+            for (const std::size_t offset : {0, 1, 6, 16}) {
+                ComparePastCaches<std::uint8_t>(width, offset, random);
+                ComparePastCaches<std::uint16_t>(width, offset, random);
+                if (HasFatalFailure()) {
+                    return;
+                }
             }
         }
     }

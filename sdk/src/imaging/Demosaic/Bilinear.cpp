@@ -16,20 +16,20 @@ void Bilinear(const WindowRow<T>& row) {
     const T* above = row.rows[1];
     const T* here = row.rows[2];
     const T* below = row.rows[3];
+    // Both means of four belong to colour sites. That of the corners is taken in the lane of the green site
+    // beside, which has two of the corners above and below itself, so that one calculation makes both.
+    const std::ptrdiff_t far = row.phase.greenFirst ? 2 : -2;
     ForColorVectors(d, row, [&](std::size_t x, auto& own, auto& green, auto& other) NORVANE_INNER {
-        const auto center = hn::LoadU(d, here + x);
-        const auto west = hn::LoadU(d, here + x - 1), east = hn::LoadU(d, here + x + 1);
-        const auto north = hn::LoadU(d, above + x), south = hn::LoadU(d, below + x);
-        const auto across = hn::AverageRound(west, east);
+        const auto center = LoadOnce(d, here + x);
+        const auto west = LoadOnce(d, here + x - 1), east = LoadOnce(d, here + x + 1);
+        const auto north = LoadOnce(d, above + x), south = LoadOnce(d, below + x);
         const auto down = hn::AverageRound(north, south);
-        const auto cross = MeanOfFour(d, west, east, across, north, south, down);
-        const auto northWest = hn::LoadU(d, above + x - 1), northEast = hn::LoadU(d, above + x + 1);
-        const auto southWest = hn::LoadU(d, below + x - 1), southEast = hn::LoadU(d, below + x + 1);
-        const auto corners = MeanOfFour(d, northWest, northEast, hn::AverageRound(northWest, northEast),
-                                        southWest, southEast, hn::AverageRound(southWest, southEast));
-        own = hn::IfThenElse(greenMask, across, center);
-        green = hn::IfThenElse(greenMask, center, cross);
-        other = hn::IfThenElse(greenMask, down, corners);
+        const auto third = hn::IfThenElse(greenMask, LoadOnce(d, above + x + far), west);
+        const auto fourth = hn::IfThenElse(greenMask, LoadOnce(d, below + x + far), east);
+        const auto mean = MeanOfFour(d, north, south, down, third, fourth, hn::AverageRound(third, fourth));
+        own = hn::IfThenElse(greenMask, hn::AverageRound(west, east), center);
+        green = hn::IfThenElse(greenMask, center, mean);
+        other = hn::IfThenElse(greenMask, down, SwapPairs(d, mean));
     });
 }
 

@@ -72,7 +72,7 @@ void DirectRows(RowKernel<T> kernel, std::size_t reach, const MosaicShape& shape
         }
         T* out = sink.BeginRow(static_cast<std::size_t>(y));
         const auto columns = [&](std::size_t from, std::size_t to, auto&& lineOf) {
-            WindowRow<T> part{{}, out + 3 * from, to - from, PhaseOfRow(shape.phase, y)};
+            WindowRow<T> part{{}, out + 3 * from, to - from, PhaseOfRow(shape.phase, y), sink.PastCaches()};
             for (std::ptrdiff_t i = -away; i <= away; ++i) {
                 part.rows[2 + i] = lineOf(y + i);
             }
@@ -101,7 +101,8 @@ void WindowRows(RowKernel<T> kernel, std::size_t reach, const MosaicShape& shape
             {{window.Line(y - 2), window.Line(y - 1), window.Line(y), window.Line(y + 1), window.Line(y + 2)},
              sink.BeginRow(row),
              shape.width,
-             PhaseOfRow(shape.phase, y)});
+             PhaseOfRow(shape.phase, y),
+             sink.PastCaches()});
         sink.EndRow(row);
     }
 }

@@ -28,6 +28,9 @@ public:
     /// Memory for row `y`: 3 * width samples, blue, green, red in turn.
     virtual T* BeginRow(std::size_t y) = 0;
     virtual void EndRow(std::size_t y) = 0;
+    /// Whether rows had better be written with stores that do not read the memory's lines first; who uses
+    /// them leaves it to the sink's owner to make them visible to other threads.
+    virtual bool PastCaches() const = 0;
 
 protected:
     ~ColorSink() = default;

@@ -81,7 +81,7 @@ void EdgeSensing(const Band<T>& band) {
         const RowPhase phase = PhaseOfRow(shape.phase, y);
         const auto greenMask = GreenMask(d, phase.greenFirst);
         const auto row = static_cast<std::size_t>(y);
-        const WindowRow<T> out{{}, band.sink.BeginRow(row), shape.width, phase};
+        const WindowRow<T> out{{}, band.sink.BeginRow(row), shape.width, phase, band.sink.PastCaches()};
         ForColorVectors(d, out, [&](std::size_t x, auto& own, auto& green, auto& other) NORVANE_INNER {
             const auto corners = [&](const T* up, const T* down) NORVANE_INNER {
                 // Rounded twice; the difference of two such means is what counts.

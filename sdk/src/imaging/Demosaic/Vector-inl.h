@@ -10,7 +10,9 @@
 #include "imaging/Demosaic/WindowKernels.h"
 #include "imaging/Interleave-inl.h"
 
+#include <algorithm>
 #include <cstring>
+#include <initializer_list>
 #include <type_traits>
 
 HWY_BEFORE_NAMESPACE();
@@ -26,6 +28,14 @@ HWY_INLINE auto GreenMask(D d, bool greenFirst) {
     return hn::Eq(odd, hn::Set(d, greenFirst ? T{0} : T{1}));
 }
 
+/// Each even lane's value and the next one's change places.
+template <class D, class V>
+HWY_INLINE V SwapPairs(D d, V v) {
+    const hn::Repartition<std::uint8_t, D> d8;
+    const auto from = hn::Xor(hn::Iota(d8, 0), hn::Set(d8, sizeof(hn::TFromD<D>)));
+    return hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(d8, v), hn::And(from, hn::Set(d8, 15))));
+}
+
 /// (a + b + c + e + 2) / 4 without widening, given the rounded means of a, b and of c, e: those are too large
 /// together by what the last bits tell.
 template <class D, class V>
@@ -35,8 +45,30 @@ HWY_INLINE V MeanOfFour(D d, V a, V b, V meanAB, V c, V e, V meanCE) {
     return hn::Sub(hn::AverageRound(meanAB, meanCE), excess);
 }
 
+/// A vector of samples that several operations use. Left to itself the compiler makes each of them read
+/// memory again.
+template <class D, class T>
+HWY_INLINE hn::Vec<D> LoadOnce(D d, const T* from) {
+    hn::Vec<D> v = hn::LoadU(d, from);
+#if HWY_ARCH_X86 && HWY_COMPILER_GCC
+    asm("" : "+v"(v.raw));
+#endif
+    return v;
+}
+
 /// Of a function object in a row's inner loop. Called once per vector it would load its constants each time.
 #define NORVANE_INNER HWY_ATTR __attribute__((always_inline))
+
+constexpr std::size_t kLine = 64; ///< bytes of a cache line, and of the longest vector
+
+/// How many of a row's `width` columns come before the first one whose pixel begins a cache line; 0 where
+/// that is an odd one or there is none.
+template <class T>
+HWY_INLINE std::size_t ColumnsBeforeLine(const T* out, std::size_t width) {
+    constexpr std::size_t kSamples = kLine / sizeof(T), kThird = 43; // 3 * 43 is 1 modulo 64 and 32
+    const std::size_t columns = (0 - reinterpret_cast<std::uintptr_t>(out) / sizeof(T)) * kThird % kSamples;
+    return columns % 2 == 0 && columns < width ? columns : 0;
+}
 
 /// Calls `pixels(x, own, green, other)` for each vector of the row and stores what it gives: the row's own
 /// colour (red in a red row), green, and the colour of the rows beside it.
@@ -47,16 +79,32 @@ HWY_INLINE void ForColorVectors(D d, const WindowRow<T>& row, Function&& pixels)
     const std::size_t lanes = hn::Lanes(d);
     const std::size_t width = row.width;
     T* const out = row.out;
-    HWY_ALIGN T last[3 * kMost];
-    const auto all = [&](auto redRow) NORVANE_INNER {
-        for (std::size_t x = 0; x < width; x += lanes) {
-            V own, green, other;
-            pixels(x, own, green, other);
-            const bool whole = x + lanes <= width;
-            StoreThree(d, redRow ? other : own, green, redRow ? own : other, whole ? out + 3 * x : last);
-            if (!whole) {
-                std::memcpy(out + 3 * x, last, 3 * (width - x) * sizeof(T));
+    const std::size_t before = row.pastCaches ? ColumnsBeforeLine(out, width) : 0;
+    const bool stream = row.pastCaches && reinterpret_cast<std::uintptr_t>(out + 3 * before) % kLine == 0;
+    HWY_ALIGN T part[3 * kMost];
+    const auto finish = [&](std::size_t x, std::size_t count) HWY_ATTR {
+        if (count < lanes || x < before) {
+            std::memcpy(out + 3 * x, part, 3 * count * sizeof(T));
+        } else {
+            for (std::size_t i = 0; i < 3 * lanes; i += lanes) {
+                hn::Stream(hn::Load(d, part + i), d, out + 3 * x + i);
             }
+        }
+    };
+    const auto all = [&](auto redRow) NORVANE_INNER {
+        std::size_t x = 0;
+        for (const std::size_t end : {before, width}) {
+            for (; x < end; x += lanes) {
+                V own, green, other;
+                pixels(x, own, green, other);
+                const bool whole = x + lanes <= end;
+                T* const to = whole && !stream ? out + 3 * x : part;
+                StoreThree(d, redRow ? other : own, green, redRow ? own : other, to);
+                if (to == part) {
+                    finish(x, std::min(lanes, end - x));
+                }
+            }
+            x = end;
         }
     };
     if (row.phase.redRow) {

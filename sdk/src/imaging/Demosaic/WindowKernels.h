@@ -11,6 +11,7 @@ struct WindowRow {
     T* out;           ///< 3 * width samples
     std::size_t width;
     RowPhase phase;
+    bool pastCaches; ///< see ColorSink::PastCaches
 };
 
 /// Own mosaic sample of each colour out of the 2 x 2 window that begins at the pixel.
