@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "imaging/Unpack.cpp"
@@ -19,6 +20,11 @@ struct Fields {
     std::uint8_t bytes[16]; ///< the lanes' bytes, counted from the group's first
     std::uint16_t direct[8], field[8], factor[8];
 };
+
+/// Bytes that eight samples take.
+inline unsigned GroupBytes(Packing packing, unsigned bits) {
+    return packing == Packing::Bits ? bits : 12;
+}
 
 inline Fields FieldsOf(Packing packing, unsigned bits) {
     Fields f{};
@@ -43,12 +49,44 @@ inline Fields FieldsOf(Packing packing, unsigned bits) {
     return f;
 }
 
-/// A 16-byte pattern in every block of a vector.
-template <class D, class T>
-HWY_INLINE hn::Vec<D> Repeat(D d, const T* pattern) {
-    HWY_ALIGN T block[16 / sizeof(T)];
-    std::memcpy(block, pattern, sizeof block);
-    return hn::LoadDup128(d, block);
+/// What UnpackFields needs of one packing, for whole vectors. Each 16-byte block takes one group of eight
+/// samples: first the 32-bit words around it, then its bytes.
+struct FieldTables {
+    HWY_ALIGN std::int32_t words[HWY_MAX_BYTES / 4];
+    HWY_ALIGN std::uint8_t bytes[HWY_MAX_BYTES];
+    HWY_ALIGN std::uint16_t direct[8], field[8], factor[8];
+
+    FieldTables(Packing packing, unsigned bits) {
+        const Fields f = FieldsOf(packing, bits);
+        const std::size_t lanes = hn::Lanes(hn::ScalableTag<std::uint16_t>());
+        for (std::size_t block = 0; block < lanes / 8; ++block) {
+            const std::size_t begin = block * GroupBytes(packing, bits);
+            for (std::size_t i = 0; i < 4; ++i) {
+                words[block * 4 + i] = static_cast<std::int32_t>(std::min(begin / 4 + i, lanes / 2 - 1));
+            }
+            for (std::size_t i = 0; i < 16; ++i) {
+                bytes[block * 16 + i] = static_cast<std::uint8_t>(f.bytes[i] + begin % 4);
+            }
+        }
+        std::copy_n(f.direct, 8, direct);
+        std::copy_n(f.field, 8, field);
+        std::copy_n(f.factor, 8, factor);
+    }
+};
+
+constexpr unsigned kMostFieldBits = 12;
+
+/// Made once: a row of a camera's image takes little longer than they do.
+const FieldTables& TablesOf(Packing packing, unsigned bits) {
+    static const FieldTables gev10(Packing::Gev10, 10), gev12(Packing::Gev12, 12);
+    static const std::vector<FieldTables> plain = [] {
+        std::vector<FieldTables> tables;
+        for (unsigned b = 1; b <= kMostFieldBits; ++b) {
+            tables.emplace_back(Packing::Bits, b);
+        }
+        return tables;
+    }();
+    return packing == Packing::Bits ? plain[bits - 1] : packing == Packing::Gev10 ? gev10 : gev12;
 }
 
 template <class D, class V>
@@ -72,25 +110,12 @@ std::size_t UnpackFields(const PackedSamples& source, std::size_t count, T* out)
     const hn::Repartition<std::uint8_t, decltype(d)> d8;
     const hn::Repartition<std::uint32_t, decltype(d)> d32;
     const std::size_t lanes = hn::Lanes(d);
-    const unsigned groupBytes = source.packing == Packing::Bits ? source.bits : 12;
-    const Fields f = FieldsOf(source.packing, source.bits);
-    const auto direct = Repeat(d, f.direct), field = Repeat(d, f.field), factor = Repeat(d, f.factor);
-
-    // Each 16-byte block takes one group of eight samples: first the 32-bit words around it, then its bytes.
-    HWY_ALIGN std::int32_t words[HWY_MAX_BYTES / 4];
-    HWY_ALIGN std::uint8_t bytes[HWY_MAX_BYTES];
-    for (std::size_t block = 0; block < lanes / 8; ++block) {
-        const std::size_t begin = block * groupBytes;
-        for (std::size_t i = 0; i < 4; ++i) {
-            const std::size_t word = std::min(begin / 4 + i, lanes / 2 - 1);
-            words[block * 4 + i] = static_cast<std::int32_t>(word);
-        }
-        for (std::size_t i = 0; i < 16; ++i) {
-            bytes[block * 16 + i] = static_cast<std::uint8_t>(f.bytes[i] + begin % 4);
-        }
-    }
-    const auto wordIndices = hn::SetTableIndices(d32, words);
-    const auto byteIndices = hn::Load(d8, bytes);
+    const unsigned groupBytes = GroupBytes(source.packing, source.bits);
+    const FieldTables& tables = TablesOf(source.packing, source.bits);
+    const auto direct = hn::LoadDup128(d, tables.direct), field = hn::LoadDup128(d, tables.field);
+    const auto factor = hn::LoadDup128(d, tables.factor);
+    const auto wordIndices = hn::SetTableIndices(d32, tables.words);
+    const auto byteIndices = hn::Load(d8, tables.bytes);
 
     const std::uint8_t* begin = source.bytes;
     const auto readable = static_cast<std::size_t>(source.end - begin);
