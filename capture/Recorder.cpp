@@ -35,6 +35,9 @@ Recorder::~Recorder() {
     Drain();
     m_writes.Wait();
     guarded("Closing the video", [this] { m_video.Close(); });
+    if (m_runIsOpen) {
+        m_memory.Release();
+    }
 }
 
 RecordingSettings Recorder::Settings() const {
@@ -124,8 +127,8 @@ void Recorder::Stop() {
 void Recorder::Finish() {
     m_runIsOpen = false;
     m_writes.Wait();
-    m_memory.Release();
     guarded("Closing the video", [this] { m_video.Close(); });
+    m_memory.Release();
     if (const unsigned int failures = m_failures; failures > 1) {
         qWarning("Recording: %u frames could not be written.", failures);
     }

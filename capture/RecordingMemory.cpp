@@ -1,5 +1,6 @@
 #include "RecordingMemory.h"
 
+#include <malloc.h>
 #include <sys/mman.h>
 
 #include <cstring>
@@ -164,4 +165,7 @@ void RecordingMemory::Release() {
     for (const Block& block : idle) {
         Free(block);
     }
+    // A video's encoder held frames by the hundred; what lives on between them would keep the C library from
+    // giving their pages back.
+    malloc_trim(0);
 }

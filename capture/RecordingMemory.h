@@ -24,7 +24,8 @@ public:
     /// By the camera's thread: a copy of `image` in `format`, in memory of its own.
     /// @throws Norvane::Exception, std::bad_alloc.
     Norvane::ImagePtr Copy(const Norvane::ImagePtr& image, Norvane::PixelFormatEnums format);
-    /// Gives memory that no image uses back to the system. Any thread.
+    /// Gives memory that no image uses back to the system, and what the whole program has freed. Any thread
+    /// that may take some milliseconds.
     void Release();
 
 private:
