@@ -170,6 +170,22 @@ void CopyBoth(Conversion& c) {
     benchmark::DoNotOptimize(to.data());
 }
 
+/// What a second thread is worth on this machine at this time: work that needs no memory, spread like an
+/// image's rows.
+void SpreadArithmetic(benchmark::State& state) {
+    const auto work = [](unsigned threads) {
+        Imaging::LimitRowThreads(threads);
+        Imaging::ForRows(kHeight, 32, [](std::size_t first, std::size_t last) {
+            for (std::size_t i = first * 10000; i < last * 10000; ++i) {
+                benchmark::DoNotOptimize(i);
+            }
+        });
+        Imaging::LimitRowThreads(0);
+    };
+    Pair(
+        state, false, [&] { work(2); }, [&] { work(1); });
+}
+
 std::string TemporaryFile() {
     return (std::filesystem::temp_directory_path() / "norvane-bench-image").string();
 }
@@ -260,6 +276,7 @@ void RegisterAll() {
                     Imaging::LimitRowThreads(2);
                 });
     }
+    add("arithmetic/2-threads/1-thread", 15, SpreadArithmetic);
     for (const PixelFormatEnums format :
          {PixelFormat_Mono12p, PixelFormat_Mono12Packed, PixelFormat_Mono10p}) {
         for (const PixelFormatEnums target : {PixelFormat_Mono8, PixelFormat_Mono16}) {
