@@ -35,6 +35,12 @@ struct Picture {
     std::vector<unsigned> samples;
 };
 
+int ExitStatusOf(pid_t child) {
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
 class SaveTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -462,19 +468,42 @@ TEST_F(SaveTest, AFailedSaveLeavesTheOldFileAndNoHalfOne) {
     const pid_t child = ::fork();
     if (child == 0) {
         std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{2000, 2000};
+        const rlimit limit{500, 500};
         ::setrlimit(RLIMIT_FSIZE, &limit);
-        bool allFailed = true;
-        for (const ImageFileFormat format :
-             {FILE_FORMAT_RAW, FILE_FORMAT_PNG, FILE_FORMAT_TIFF, FILE_FORMAT_BMP}) {
-            allFailed = allFailed &&
-                        ErrorOf([&] { original.image->Save(Path("old.png").c_str(), format); }) == Error::Io;
-        }
-        ::_exit(allFailed ? 0 : 1);
+        ::_exit(std::all_of(formats.begin(), formats.end(),
+                            [&](ImageFileFormat format) {
+                                return ErrorOf([&] {
+                                           original.image->Save(Path("old.png").c_str(), format);
+                                       }) == Error::Io;
+                            })
+                    ? 0
+                    : 1);
     }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(ExitStatusOf(child), 0);
+    EXPECT_EQ(ReadFile(Path("old.png")), "precious");
+    EXPECT_THAT(FilesLeft(), ElementsAre("old.png"));
+}
+
+TEST_F(SaveTest, AFolderThatTheUserMayNotWriteToIsNamedInTheError) {
+    const Original original(PixelFormat_RGB8, 8, 8);
+    std::ofstream(Path("old.png")) << "precious";
+    fs::permissions(m_folder, fs::perms(0555));
+    const pid_t child = ::fork();
+    if (child == 0) {
+        constexpr uid_t kNobody = 65534;
+        if (::geteuid() == 0 && ::setuid(kNobody) != 0) { // root may write everywhere
+            ::_exit(2);
+        }
+        const auto refused = [&](const std::string& name) {
+            std::string message;
+            return ErrorOf([&] { original.image->Save(Path(name).c_str()); }, &message) == Error::Io &&
+                   message.find("Permission denied") != std::string::npos &&
+                   message.find(Path(name)) != std::string::npos;
+        };
+        ::_exit(refused("new.png") && refused("new.tiff") && refused("old.png") ? 0 : 1);
+    }
+    EXPECT_EQ(ExitStatusOf(child), 0);
+    fs::permissions(m_folder, fs::perms(0755));
     EXPECT_EQ(ReadFile(Path("old.png")), "precious");
     EXPECT_THAT(FilesLeft(), ElementsAre("old.png"));
 }
