@@ -1,5 +1,7 @@
 #include "DisplayFixture.h"
 
+#include "imaging/ImageFactory.h"
+
 #include "norvane/genapi/GenApi.h"
 
 #include <QClipboard>
@@ -16,6 +18,7 @@
 #include <QWheelEvent>
 
 #include <cmath>
+#include <vector>
 
 using Norvane::Test::SetText;
 using Norvane::Test::TextOf;
@@ -85,6 +88,43 @@ TEST_F(ImageDisplayTest, StreamsAndKeepsTheLastImageWhenItStops) {
         << "what is drawn is not the camera's image";
     Click("actionImCopy");
     EXPECT_EQ(QApplication::clipboard()->image().convertToFormat(QImage::Format_RGB888), expected);
+}
+
+QStringList warnings;
+
+TEST_F(ImageDisplayTest, ImagesThatCannotBeShownAreToldOnceAndLeaveThePicture) {
+    Open();
+    StreamUntilShown();
+    Click("actionStopStream");
+    const QImage before = Gl()->grabFramebuffer();
+    const Norvane::ImagePtr shown = Gl()->getRawImage();
+    Norvane::Imaging::ImageLayout layout;
+    layout.pfncCode = 0x812345AB;
+    layout.width = static_cast<std::uint32_t>(shown->GetWidth());
+    layout.height = static_cast<std::uint32_t>(shown->GetHeight());
+    std::vector<std::uint8_t> pixels(layout.width * layout.height);
+
+    warnings.clear();
+    const QtMessageHandler former =
+        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+            if (type == QtWarningMsg) {
+                warnings.append(text);
+            }
+        });
+    for (int i = 0; i < 5; ++i) {
+        ++layout.frameId;
+        Gl()->updateImageDisplayGL(
+            Norvane::Imaging::MakeImage(layout, pixels.data(), pixels.size(), nullptr));
+        QCoreApplication::processEvents();
+    }
+    qInstallMessageHandler(former);
+    ASSERT_EQ(warnings.size(), 1) << warnings.join("; ").toStdString();
+    EXPECT_TRUE(warnings[0].contains("cannot be shown") && warnings[0].contains("0x812345AB"))
+        << warnings[0].toStdString();
+    EXPECT_EQ(Gl()->grabFramebuffer(), before);
+
+    Gl()->updateImageDisplayGL(shown);
+    EXPECT_EQ(Gl()->grabFramebuffer(), before) << "a good image is shown again";
 }
 
 TEST_F(ImageDisplayTest, SaveWritesTheCamerasImageInTheChosenFormat) {
