@@ -125,14 +125,14 @@ void Recorder::Stop() {
 }
 
 void Recorder::Finish() {
-    m_runIsOpen = false;
+    m_runIsOpen = false; // the run may end here twice, after its last image and after its drain
     m_writes.Wait();
     guarded("Closing the video", [this] { m_video.Close(); });
     m_memory.Release();
-    if (const unsigned int failures = m_failures; failures > 1) {
+    if (const unsigned int failures = m_failures.exchange(0); failures > 1) {
         qWarning("Recording: %u frames could not be written.", failures);
     }
-    if (const std::uint64_t missed = m_missed; missed > 0) {
+    if (const std::uint64_t missed = m_missed.exchange(0); missed > 0) {
         qWarning(
             "Recording: %llu images of the camera never arrived; the computer or its disk was too slow, or "
             "the network lost them.",

@@ -62,7 +62,8 @@ int JpegQuantiserScale(int quality) {
     return std::clamp(static_cast<int>(std::lround(8.0 * scale)), 1, 31);
 }
 
-CodecEncoder::CodecEncoder(const VideoFormat& format, bool isGrey) : m_format(format) {
+CodecEncoder::CodecEncoder(const VideoFormat& format, bool isGrey)
+    : m_format(format), m_bytesPerPixel(isGrey ? 1 : 3) {
     try {
         if (format.codec == Codec::MotionJpeg) {
             OpenMotionJpeg();
@@ -207,13 +208,34 @@ AVFrame* CodecEncoder::FreeFrame() {
 
 void CodecEncoder::Encode(PixelSource::Rows rows, std::int64_t index, const PacketSink& sink) {
     AVFrame* frame = FreeFrame();
-    const std::uint8_t* source[4] = {rows.data, nullptr, nullptr, nullptr};
-    const int strides[4] = {rows.stride, 0, 0, 0};
-    CheckFfmpeg(sws_scale(m_toYuv, source, strides, 0, m_format.height, frame->data, frame->linesize),
-                "Converting a frame to YUV");
+    ConvertToYuv(rows, *frame);
     RepeatLastColumnAndRow(*frame);
     frame->pts = index;
     Send(frame, sink);
+}
+
+void CodecEncoder::ConvertToYuv(PixelSource::Rows rows, AVFrame& frame) {
+    // libswscale takes whole vectors and so reads past the end of a row. Behind the image there may be no
+    // memory: the last rows come out of a copy that has room behind it.
+    constexpr int kReadPast = 64; // bytes
+    const int copied = 2 + kReadPast / std::max(rows.stride, 1);
+    const int direct = std::max(m_format.height - copied, 0) / 2 * 2; // a chroma row spans two
+    const auto offset = static_cast<std::ptrdiff_t>(direct) * rows.stride;
+    const auto bytes =
+        static_cast<std::size_t>((m_format.height - direct - 1)) * static_cast<std::size_t>(rows.stride) +
+        static_cast<std::size_t>(m_format.width * m_bytesPerPixel);
+    m_lastRows.resize(bytes + kReadPast);
+    std::memcpy(m_lastRows.data(), rows.data + offset, bytes);
+    const auto convert = [&](const std::uint8_t* data, int first, int count) {
+        const std::uint8_t* source[4] = {data, nullptr, nullptr, nullptr};
+        const int strides[4] = {rows.stride, 0, 0, 0};
+        CheckFfmpeg(sws_scale(m_toYuv, source, strides, first, count, frame.data, frame.linesize),
+                    "Converting a frame to YUV");
+    };
+    if (direct > 0) {
+        convert(rows.data, 0, direct);
+    }
+    convert(m_lastRows.data(), direct, m_format.height - direct);
 }
 
 void CodecEncoder::RepeatLastColumnAndRow(AVFrame& frame) const {

@@ -28,10 +28,13 @@ private:
     void PrepareConversion(bool isGrey);
     /// A frame that the codec's threads do not read any more.
     AVFrame* FreeFrame();
+    void ConvertToYuv(PixelSource::Rows rows, AVFrame& frame);
     void RepeatLastColumnAndRow(AVFrame& frame) const;
     void Send(AVFrame* frame, const PacketSink& sink);
 
     VideoFormat m_format;
+    int m_bytesPerPixel;
+    std::vector<std::uint8_t> m_lastRows; // of the frame at hand
     AVCodecContext* m_codec = nullptr;
     std::vector<AVFrame*> m_frames; // as many as the codec holds at a time, and one
     AVPacket* m_packet = nullptr;

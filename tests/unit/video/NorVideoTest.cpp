@@ -1,5 +1,6 @@
 #include "VideoFixture.h"
 
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,6 +9,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <random>
@@ -122,6 +124,50 @@ TEST_P(EveryVideo, TakesOddSizes) {
             EXPECT_NEAR(seen[static_cast<std::size_t>((y * width + x) * 3 + c)], sent.At(x, y)[c],
                         GetParam().tolerance)
                 << x << ", " << y;
+        }
+    }
+}
+
+/// Pixels of one value, with forbidden memory right behind the last one.
+class PixelsAtTheEdge {
+public:
+    PixelsAtTheEdge(std::size_t size, std::uint8_t value) : m_room((size + kPage - 1) / kPage * kPage) {
+        m_memory = static_cast<std::uint8_t*>(
+            mmap(nullptr, m_room + kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        mprotect(m_memory + m_room, kPage, PROT_NONE);
+        pixels = m_memory + m_room - size;
+        std::memset(pixels, value, size);
+    }
+    ~PixelsAtTheEdge() { munmap(m_memory, m_room + kPage); }
+    PixelsAtTheEdge(const PixelsAtTheEdge&) = delete;
+    PixelsAtTheEdge& operator=(const PixelsAtTheEdge&) = delete;
+
+    std::uint8_t* pixels = nullptr;
+
+private:
+    static constexpr std::size_t kPage = 4096;
+    std::size_t m_room;
+    std::uint8_t* m_memory = nullptr;
+};
+
+TEST_P(EveryVideo, ReadsNothingBehindTheImage) {
+    int files = 0;
+    for (const auto& [width, height] : {std::pair{640, 480}, {641, 481}, {46, 3}, {40, 40}}) {
+        for (const auto format : {Norvane::PixelFormat_BGR8, Norvane::PixelFormat_Mono8}) {
+            SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height));
+            const std::size_t bytes = format == Norvane::PixelFormat_BGR8 ? 3 : 1;
+            const PixelsAtTheEdge edge(static_cast<std::size_t>(width * height) * bytes, 150);
+            const std::string name = "edge" + std::to_string(files++);
+            NorVideo video;
+            Open(video, GetParam().kind, Path(name), width, height);
+            video.Append(Norvane::Image::Create(static_cast<std::uint64_t>(width),
+                                                static_cast<std::uint64_t>(height), 0, 0, format,
+                                                edge.pixels));
+            video.Close();
+            const std::vector<std::uint8_t> seen = Decode(Path(name) + GetParam().extension, 0);
+            ASSERT_GE(seen.size(), static_cast<std::size_t>(width * height) * 3);
+            EXPECT_GE(*std::min_element(seen.begin(), seen.end()), 150 - GetParam().tolerance);
+            EXPECT_LE(*std::max_element(seen.begin(), seen.end()), 150 + GetParam().tolerance);
         }
     }
 }
