@@ -18,8 +18,8 @@ namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{1} << 18;
 
-std::string ResolveLinks(const char* fileName) {
-    if (char* resolved = ::realpath(fileName, nullptr)) {
+std::string ResolveLinks(const std::string& fileName) {
+    if (char* resolved = ::realpath(fileName.c_str(), nullptr)) {
         std::string path = resolved;
         std::free(resolved);
         return path;
@@ -40,7 +40,7 @@ FileWriter::FileWriter(const char* fileName) : m_name(fileName ? fileName : "") 
     if (m_name.empty()) {
         throw Exception(Error::InvalidParameter, "Save: the file name is empty");
     }
-    m_path = ResolveLinks(fileName);
+    m_path = ResolveLinks(m_name);
     struct stat status {};
     const bool exists = ::stat(m_path.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) {
