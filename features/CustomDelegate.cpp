@@ -190,7 +190,7 @@ void CustomDelegate::setEditorData(QWidget* editor, const QModelIndex& index) co
         return;
     }
     const NodeInfo info = data.value<NodeInfo>();
-    const bool writable = isWritableNow(info);
+    const bool writable = info.controlType <= CT_Slider && isWritableNow(info);
     if (editor->isEnabled() != writable) {
         editor->setEnabled(writable);
     }

@@ -19,7 +19,7 @@ constexpr std::int64_t kLock = 16;
 constexpr std::int64_t kLevel = 20;
 
 const std::string kNodes =
-    category("Root", "Control") + category("Control", "Reset Flag Mode Width Fixed Lockable Level") +
+    category("Root", "Control") + category("Control", "Reset Flag Mode Width Fixed Lockable Level Raw") +
     "<Command Name=\"Reset\"><pValue>ResetReg</pValue><CommandValue>3</CommandValue></Command>"
     "<Boolean Name=\"Flag\"><pIsLocked>Lock</pIsLocked><pValue>FlagReg</pValue></Boolean>"
     "<Enumeration Name=\"Mode\">"
@@ -34,7 +34,9 @@ const std::string kNodes =
     "<Integer Name=\"FlagReg\"><pValue>FlagReal</pValue></Integer>"
     "<Integer Name=\"ModeReg\"><pValue>ModeReal</pValue></Integer>" +
     "<Integer Name=\"Lockable\"><pIsLocked>Lock</pIsLocked><Value>5</Value></Integer>" +
-    integer("Fixed", 24, {}, "RO");
+    integer("Fixed", 24, {}, "RO") +
+    "<Register Name=\"Raw\"><Address>28</Address><Length>8</Length><AccessMode>RW</AccessMode>"
+    "<pPort>Device</pPort></Register>";
 
 class EditorTest : public TreeFixture {
 protected:
@@ -114,6 +116,15 @@ TEST_F(EditorTest, AKeyThatReachesACheckBoxDoesNotFlipIt) {
     EXPECT_EQ(writes(kFlag), 0);
     QTest::keyClick(editor<QCheckBox>(), Qt::Key_Space);
     EXPECT_EQ(value(kFlag), 1U);
+}
+
+TEST_F(EditorTest, WhatHasNoControlCannotBeTypedInto) {
+    click(cell("Raw"));
+    ASSERT_TRUE(editor<QLineEdit>());
+    EXPECT_FALSE(editor<QLineEdit>()->isEnabled());
+    m_camera->deviceMap->InvalidateNodes();
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(!editor<QLineEdit>() || editor<QLineEdit>()->isEnabled());
 }
 
 TEST_F(EditorTest, ATypedNumberIsSnappedAndShownAsTheCameraHoldsIt) {
