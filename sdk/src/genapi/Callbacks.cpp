@@ -33,43 +33,36 @@ void Call(const Listener& listener) {
     }
 }
 
-/// All handles of the process, and the calls that run outside a node map's lock.
+/// All handles of the process, and the calls that run.
 class Registry {
 public:
-    struct Registration {
-        std::weak_ptr<NodeMap> map;
-        CallbackList::ListenerPtr listener;
-    };
-
     /// One more registration of a listener; the first one gives it its handle.
-    CallbackHandleType Add(const std::weak_ptr<NodeMap>& map, const CallbackList::ListenerPtr& listener) {
+    CallbackHandleType Add(const CallbackList::ListenerPtr& listener) {
         const MutexLock lock(m_mutex);
         if (++listener->registrations == 1) {
             listener->handle = ++m_last;
-            m_registrations.emplace(m_last, Registration{map, listener});
+            m_listeners.emplace(m_last, listener);
         }
         return listener->handle;
     }
 
-    bool Find(CallbackHandleType handle, Registration& registration) {
+    /// One registration less; with the last one the handle ends. Null when there was none.
+    CallbackList::ListenerPtr Remove(CallbackHandleType handle) {
         const MutexLock lock(m_mutex);
-        const auto found = m_registrations.find(handle);
-        if (found != m_registrations.end()) {
-            registration = found->second;
+        const auto found = m_listeners.find(handle);
+        if (found == m_listeners.end()) {
+            return nullptr;
         }
-        return found != m_registrations.end();
+        auto listener = found->second;
+        if (--listener->registrations == 0) {
+            m_listeners.erase(found);
+        }
+        return listener;
     }
 
-    /// One registration less; with the last one the handle ends. False when there was none.
-    bool Remove(Listener& listener) {
+    void DropEnded(std::vector<CallbackList::ListenerPtr>& listeners) {
         const MutexLock lock(m_mutex);
-        if (listener.registrations == 0) {
-            return false;
-        }
-        if (--listener.registrations == 0) {
-            m_registrations.erase(listener.handle);
-        }
-        return true;
+        std::erase_if(listeners, [](const auto& listener) { return listener->registrations == 0; });
     }
 
     bool Begin(Listener* listener) {
@@ -95,7 +88,7 @@ public:
 private:
     Mutex m_mutex;
     ConditionVariable m_ended;
-    std::map<CallbackHandleType, Registration> m_registrations GUARDED_BY(m_mutex);
+    std::map<CallbackHandleType, CallbackList::ListenerPtr> m_listeners GUARDED_BY(m_mutex);
     std::vector<Listener*> m_running GUARDED_BY(m_mutex);
     CallbackHandleType m_last GUARDED_BY(m_mutex) = 0;
 };
@@ -103,6 +96,13 @@ private:
 Registry& TheRegistry() {
     static auto* registry = new Registry; // outlives node maps that are released during exit
     return *registry;
+}
+
+void CallUnlessEnded(Listener& listener) {
+    if (TheRegistry().Begin(&listener)) {
+        Call(listener);
+        TheRegistry().End(&listener);
+    }
 }
 
 } // namespace
@@ -116,12 +116,6 @@ CallbackList::ListenerPtr CallbackList::Add(Node& node, NodeCallback function, E
     return same != listeners.end()
                ? *same
                : listeners.emplace_back(std::make_shared<Listener>(Listener{&node, function, type}));
-}
-
-void CallbackList::Remove(const ListenerPtr& listener) {
-    auto& listeners = m_listeners[listener->node];
-    listeners.erase(std::remove(listeners.begin(), listeners.end(), listener), listeners.end());
-    listener->node->m_hasListeners = !listeners.empty();
 }
 
 void CallbackList::AddChanged(Node& node) {
@@ -150,13 +144,12 @@ void CallbackList::RunInside() {
             if (found == m_listeners.end()) {
                 continue;
             }
+            TheRegistry().DropEnded(found->second);
+            node->m_hasListeners = !found->second.empty();
             const auto listeners = found->second; // a callback may register and deregister
             for (const auto& listener : listeners) {
-                if (listener->registrations == 0) {
-                    continue;
-                }
                 if (listener->type == cbPostInsideLock) {
-                    Call(*listener);
+                    CallUnlessEnded(*listener);
                 } else if (std::find(m_outside.begin(), m_outside.end(), listener) == m_outside.end()) {
                     m_outside.push_back(listener);
                 }
@@ -172,10 +165,7 @@ std::vector<CallbackList::ListenerPtr> CallbackList::TakeOutside() {
 
 void CallbackList::RunOutside(const std::vector<ListenerPtr>& due) {
     for (const auto& listener : due) {
-        if (TheRegistry().Begin(listener.get())) {
-            Call(*listener);
-            TheRegistry().End(listener.get());
-        }
+        CallUnlessEnded(*listener);
     }
 }
 
@@ -186,30 +176,17 @@ CallbackHandleType Register(INode* node, NodeCallback function, ECallbackType ty
     }
     auto& map = inner->Map();
     const Operation operation(map);
-    return TheRegistry().Add(map.weak_from_this(), map.Callbacks().Add(*inner, function, type));
+    return TheRegistry().Add(map.Callbacks().Add(*inner, function, type));
 }
 
 bool Deregister(CallbackHandleType handle) {
-    Registry::Registration registration;
-    if (!TheRegistry().Find(handle, registration)) {
-        return false;
-    }
-    auto& listener = registration.listener;
-    bool removed = false;
-    if (const auto map = registration.map.lock()) {
-        // Taking the lock waits for a call inside it.
-        const Operation operation(*map);
-        removed = TheRegistry().Remove(*listener);
-        if (removed && listener->registrations == 0) {
-            map->Callbacks().Remove(listener);
-        }
-    } else {
-        removed = TheRegistry().Remove(*listener);
-    }
-    if (removed && t_inCallback == 0) {
+    // Without the map's lock, which somebody may hold who waits for the device: the map lets the listener go
+    // when it would call it next.
+    const auto listener = TheRegistry().Remove(handle);
+    if (listener && t_inCallback == 0) {
         TheRegistry().WaitFor(listener.get());
     }
-    return removed;
+    return listener != nullptr;
 }
 
 } // namespace Norvane::GenApi

@@ -17,7 +17,7 @@ struct Listener {
     Node* node;
     NodeCallback function;
     ECallbackType type;
-    // Written with the map's lock and the registry's held.
+    // Guarded by the registry of all handles.
     std::int64_t registrations = 0;
     CallbackHandleType handle = 0;
 };
@@ -29,7 +29,6 @@ public:
     using ListenerPtr = std::shared_ptr<Listener>;
 
     ListenerPtr Add(Node& node, NodeCallback function, ECallbackType type);
-    void Remove(const ListenerPtr& listener);
 
     bool Any() const { return !m_listeners.empty(); }
 

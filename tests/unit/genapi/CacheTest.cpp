@@ -278,11 +278,13 @@ TEST(Cache, ReadingAheadIsGivenUpWithoutTheDevice) {
     const auto port = std::make_shared<StuckPort>(); // whose second read would throw
     auto map = CreateNodeMap(description, port);
     const std::weak_ptr<INodeMap> watched = map;
+    const auto handle = Register(map->GetNode("A"), [](INode*) { FAIL() << "it was deregistered"; });
     bool called = false;
     {
         INodeMap* const raw = map.get();
         const Prefetch prefetch({raw}, std::move(map), [&] { called = true; });
         port->entered.get_future().wait();
+        EXPECT_TRUE(Deregister(handle)); // nor for ending a callback
         EXPECT_FALSE(prefetch.WaitFor(std::chrono::milliseconds(0)));
     }
     EXPECT_FALSE(watched.expired());
