@@ -2,7 +2,7 @@
 
 #include "WritePriority.h"
 
-#include <QtConcurrent>
+#include <QThreadPool>
 
 #include <utility>
 
@@ -14,28 +14,28 @@ void WriteQueue::Add(std::function<void()> write) {
         if (std::exchange(m_isRunning, true)) {
             return;
         }
+        m_running = std::make_unique<CountDownLatch>(1);
+        m_latch = m_running.get();
     }
-    m_running = std::make_unique<CountDownLatch>(1);
-    QtConcurrent::run([this, latch = m_running.get()] { Run(*latch); });
+    QThreadPool::globalInstance()->start(this);
 }
 
-void WriteQueue::Run(CountDownLatch& latch) {
+void WriteQueue::run() {
     giveWayToLiveThreads();
-    for (;;) {
-        std::function<void()> write;
-        {
-            const std::lock_guard lock(m_mutex);
-            if (m_waiting.empty()) {
-                m_isRunning = false;
-                break;
-            }
-            write = std::move(m_waiting.front());
-            m_waiting.pop_front();
-            m_taken.notify_one();
-        }
+    std::unique_lock lock(m_mutex);
+    CountDownLatch& latch = *m_latch;
+    while (!m_waiting.empty()) {
+        std::function<void()> write = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        m_taken.notify_one();
+        lock.unlock();
         write();
+        write = nullptr; // with the image, whose memory takes a while to go
+        lock.lock();
     }
-    latch.countDown();
+    m_isRunning = false;
+    lock.unlock();
+    latch.countDown(); // the last touch: whoever waits may destroy this object
 }
 
 void WriteQueue::Wait() {

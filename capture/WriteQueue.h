@@ -2,6 +2,8 @@
 
 #include "CountDownLatch.h"
 
+#include <QRunnable>
+
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -12,11 +14,11 @@
 /// Runs file writes on Qt's pool, one after the other in the order given. The next ones wait in line while
 /// one runs, so that no time passes between two files; whoever adds to a full line waits. Owned and filled by
 /// one thread.
-class WriteQueue {
+class WriteQueue : private QRunnable {
 public:
-    WriteQueue() = default;
+    WriteQueue() { setAutoDelete(false); }
     /// As Wait().
-    ~WriteQueue() = default;
+    ~WriteQueue() override { Wait(); }
     WriteQueue(const WriteQueue&) = delete;
     WriteQueue& operator=(const WriteQueue&) = delete;
 
@@ -26,7 +28,8 @@ public:
     void Wait();
 
 private:
-    void Run(CountDownLatch& latch);
+    /// On the pool, until the line is empty.
+    void run() override;
 
     static constexpr std::size_t kMostWaiting = 2;
 
@@ -34,5 +37,6 @@ private:
     std::condition_variable m_taken;
     std::deque<std::function<void()>> m_waiting;
     bool m_isRunning = false;
-    std::unique_ptr<CountDownLatch> m_running; // of the pool's task; last, because its end waits for that
+    CountDownLatch* m_latch = nullptr;         // the latest task's
+    std::unique_ptr<CountDownLatch> m_running; // the same, held by the thread that fills the line
 };
