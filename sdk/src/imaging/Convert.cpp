@@ -76,6 +76,11 @@ public:
 
     T* BeginRow(std::size_t y) override { return m_row ? m_row : reinterpret_cast<T*>(RowBytes(y)); }
 
+    /// Whether the rows are written where they belong, one behind the other.
+    bool AreJoined() const {
+        return !m_row && m_target.stride == ComponentsPerRow(m_layout, m_target.width) * sizeof(T);
+    }
+
     bool PastCaches() const override { return m_pastCaches; }
 
     void EndRow(std::size_t y) override {
@@ -130,6 +135,10 @@ void ConvertDepth(const RowReader& reader, const PixelTarget& target, const Pixe
         ForRows(target.height, kPlainGrain, [&](std::size_t first, std::size_t last) {
             Scratch scratch;
             TargetRows<T> rows(target, to, false, scratch);
+            if (reader.RowsAreJoined() && rows.AreJoined()) {
+                reader.ReadJoined(first, last - first, rows.BeginRow(first));
+                return;
+            }
             for (std::size_t y = first; y < last; ++y) {
                 reader.Read(y, rows.BeginRow(y));
                 rows.EndRow(y);

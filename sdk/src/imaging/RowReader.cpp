@@ -95,8 +95,22 @@ void RowReader::ReadColor(std::size_t y, T* out) const {
     }
 }
 
+bool RowReader::RowsAreJoined() const noexcept {
+    const bool gev = m_layout->packing == Packing::Gev10 || m_layout->packing == Packing::Gev12;
+    const std::size_t samples = ComponentsPerRow(*m_layout, m_view.width);
+    return !IsColor() && (m_view.stride == 0 || (m_view.stride == RowBytes(*m_layout, m_view.width) &&
+                                                 samples % (gev ? 2 : 8) == 0));
+}
+
+template <class T>
+void RowReader::ReadJoined(std::size_t y, std::size_t rows, T* out) const {
+    UnpackFullScale(SamplesOfRow(m_view, *m_layout, y), rows * m_view.width, out);
+}
+
 template const std::uint8_t* RowReader::Direct(std::size_t) const noexcept;
 template const std::uint16_t* RowReader::Direct(std::size_t) const noexcept;
+template void RowReader::ReadJoined(std::size_t, std::size_t, std::uint8_t*) const;
+template void RowReader::ReadJoined(std::size_t, std::size_t, std::uint16_t*) const;
 template void RowReader::Read(std::size_t, std::uint8_t*) const;
 template void RowReader::Read(std::size_t, std::uint16_t*) const;
 

@@ -24,6 +24,12 @@ public:
     template <class T>
     void Read(std::size_t y, T* out) const;
 
+    /// Whether ReadJoined may be called: one sample per pixel, and no bit between one row and the next.
+    bool RowsAreJoined() const noexcept;
+    /// `rows` rows from `y` on, as if they were one.
+    template <class T>
+    void ReadJoined(std::size_t y, std::size_t rows, T* out) const;
+
     /// The row's components as the numbers they are, one plane's where there are planes.
     void ReadNumbers(std::size_t y, std::uint16_t* out) const;
 

@@ -226,12 +226,10 @@ std::size_t BytesInVectors(const PackedSamples& s, std::size_t count, std::uint1
     return HWY_DYNAMIC_DISPATCH(WidenBytes)(s.bytes, count, out);
 }
 
-/// Unpacks from the first sample on as far as vectors reach; the caller does the rest one by one.
+/// Unpacks from the first sample on, which begins on a byte, as far as vectors reach; the caller does the
+/// rest one by one.
 template <class T>
 std::size_t UnpackInVectors(const PackedSamples& s, std::size_t count, T* out) {
-    if (s.bitOffset != 0) {
-        return 0;
-    }
     switch (s.packing) {
     case Packing::Byte:
     case Packing::BytePlanes:
@@ -316,8 +314,17 @@ unsigned BitsAt(const PackedSamples& s, std::size_t index) {
 
 template <class T>
 void UnpackFullScale(const PackedSamples& source, std::size_t count, T* out) {
-    for (std::size_t i = UnpackInVectors(source, count, out); i < count; ++i) {
-        out[i] = FullScale<T>(SampleAt(source, i), BitsAt(source, i));
+    // Vectors begin where a byte does, or a group of two samples in three bytes.
+    const bool gev = source.packing == Packing::Gev10 || source.packing == Packing::Gev12;
+    PackedSamples s = source;
+    for (; count > 0 && s.bitOffset % (gev ? 24 : 8) != 0; --count) {
+        *out++ = FullScale<T>(SampleAt(s, 0), s.bits);
+        s.bitOffset += gev ? 12 : s.bits;
+    }
+    s.bytes += s.bitOffset / 8;
+    s.bitOffset = 0;
+    for (std::size_t i = UnpackInVectors(s, count, out); i < count; ++i) {
+        out[i] = FullScale<T>(SampleAt(s, i), BitsAt(s, i));
     }
 }
 
