@@ -130,7 +130,7 @@ void DemosaicRows(ColorProcessingAlgorithm algorithm, const MosaicShape& shape, 
     case WEIGHTED_DIRECTIONAL_FILTER:
         return WeightedDirectionalRows<T>({shape, source, sink, first, last});
     default:
-        return WindowRows(BilinearRow<T>, 1, shape, source, sink, first, last);
+        return WindowRows(BilinearRow<T>, 2, shape, source, sink, first, last);
     }
 }
 

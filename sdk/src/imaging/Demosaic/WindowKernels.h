@@ -20,7 +20,7 @@ void NearestRow(const WindowRow<T>& row);
 /// The same, green as the rounded mean of the window's two.
 template <class T>
 void NearestAverageRow(const WindowRow<T>& row);
-/// Rounded mean of the two or four nearest samples of each colour.
+/// Rounded mean of the two or four nearest samples of each colour. Reads two samples to each side.
 template <class T>
 void BilinearRow(const WindowRow<T>& row);
 /// Linear filters of five by five samples that use the gradient of the colour present.
