@@ -82,13 +82,13 @@ CodecEncoder::~CodecEncoder() {
 }
 
 void CodecEncoder::Release() {
+    avcodec_free_context(&m_codec); // first: its threads read the frames
     sws_freeContext(m_toYuv);
     av_packet_free(&m_packet);
     for (AVFrame* frame : m_frames) {
         av_frame_free(&frame);
     }
     m_frames.clear();
-    avcodec_free_context(&m_codec);
 }
 
 void CodecEncoder::OpenMotionJpeg() {
