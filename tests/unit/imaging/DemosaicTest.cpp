@@ -14,6 +14,8 @@
 #include <random>
 #include <vector>
 
+#include <sys/mman.h>
+
 namespace Norvane {
 namespace {
 
@@ -176,6 +178,46 @@ TEST(Demosaic, ColorsWrittenPastTheCachesAreTheSame) {
                 ComparePastCaches<std::uint16_t>(width, offset, random);
                 if (HasFatalFailure()) {
                     return;
+                }
+            }
+        }
+    }
+}
+
+/// Bytes that end where memory that may not be touched begins.
+class GuardedBytes {
+public:
+    explicit GuardedBytes(std::size_t size) : m_size((size + kPage - 1) / kPage * kPage + kPage) {
+        void* memory = ::mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        m_memory = static_cast<std::uint8_t*>(memory);
+        ::mprotect(m_memory + m_size - kPage, kPage, PROT_NONE);
+        m_begin = m_memory + m_size - kPage - size;
+    }
+    ~GuardedBytes() { ::munmap(m_memory, m_size); }
+    GuardedBytes(const GuardedBytes&) = delete;
+    GuardedBytes& operator=(const GuardedBytes&) = delete;
+    std::uint8_t* Begin() const { return m_begin; }
+
+private:
+    static constexpr std::size_t kPage = 4096;
+    std::size_t m_size;
+    std::uint8_t* m_memory;
+    std::uint8_t* m_begin;
+};
+
+TEST(Demosaic, NothingBeyondTheImageIsTouched) {
+    for (const std::size_t width : {1, 65, 256, 257, 258, 320, 321, 322}) {
+        for (const std::size_t height : {1, 2, 5}) {
+            for (const bool words : {false, true}) {
+                const GuardedBytes source(width * height * (words ? 2 : 1));
+                const GuardedBytes target(3 * width * height * (words ? 2 : 1));
+                const ImagePtr image =
+                    Image::Create(width, height, 0, 0, words ? PixelFormat_BayerRG16 : PixelFormat_BayerRG8,
+                                  source.Begin());
+                const ImagePtr colors = Image::Create(
+                    width, height, 0, 0, words ? PixelFormat_BGR16 : PixelFormat_BGR8, target.Begin());
+                for (const ColorProcessingAlgorithm algorithm : kAlgorithms) {
+                    image->Convert(colors, algorithm); // a fault ends the program
                 }
             }
         }
