@@ -21,6 +21,7 @@ public:
 
     /// False once the camera has left its interface; a camera that comes back is valid again.
     virtual bool IsValid() const = 0;
+    /// Whether the camera is open, between Init() and DeInit().
     virtual bool IsInitialized() const = 0;
     /// Opens the camera, with control where nobody else holds it, else for reading only. Waits for a camera
     /// that does not answer at most a second; opening then goes on in the background.
@@ -29,6 +30,7 @@ public:
     /// Ends acquisition and closes the camera; node maps stay usable for reading what is cached, and the next
     /// Init() finds them again. Waits for a camera that does not answer at most a second. No error.
     virtual void DeInit() = 0;
+    /// Whether acquisition runs, between BeginAcquisition() and EndAcquisition() or the loss of the camera.
     virtual bool IsStreaming() const = 0;
     /// RW, RO when another program holds the camera, NA while it is not open.
     virtual GenApi::EAccessMode GetAccessMode() const = 0;
@@ -47,6 +49,7 @@ public:
     /// Text that identifies the device across restarts, for example "Altrona-DWS-50S5C-21034567".
     virtual std::string GetUniqueID() const = 0;
 
+    /// Opens the stream and starts acquisition.
     /// @throws Exception (NotInitialized, ResourceInUse when streaming already, AccessDenied, Io).
     virtual void BeginAcquisition() = 0;
     /// Wakes whoever waits in GetNextImage. Returns after the last call of an image handler, except when it
@@ -68,19 +71,25 @@ public:
     virtual void UnregisterEventHandler(EventHandler& handler) = 0;
 };
 
+/// What handles to cameras are dereferenced to.
 class Camera : public ICameraBase {};
 
+/// A handle to a camera, which stays the same object while it is unplugged. To be dropped before the system.
 using CameraPtr = BasePtr<Camera, ICameraBase>;
 
 /// A picture of the cameras at one moment. Holds handles, so it must be gone before the system goes.
 class CameraList {
 public:
+    /// An empty list.
     CameraList() = default;
+    /// For the library.
     explicit CameraList(std::vector<CameraPtr> cameras) : m_cameras(std::move(cameras)) {}
 
+    /// How many cameras there are.
     unsigned int GetSize() const noexcept { return static_cast<unsigned int>(m_cameras.size()); }
     /// @throws Exception (InvalidParameter) when the index is not below GetSize().
     CameraPtr GetByIndex(unsigned int index) const;
+    /// Drops the handles.
     void Clear() noexcept { m_cameras.clear(); }
 
 private:

@@ -35,10 +35,11 @@ enum class Error : int {
 
 /// Where an exception was made. std::source_location does the same, but clang 14 cannot use it.
 struct SourceLocation {
-    const char* file;
-    int line;
-    const char* function;
+    const char* file;     ///< good for the program's life
+    int line;             ///< from 1
+    const char* function; ///< good for the program's life
 
+    /// The place of the call, when it is called without arguments.
     static constexpr SourceLocation Current(const char* file = __builtin_FILE(), int line = __builtin_LINE(),
                                             const char* function = __builtin_FUNCTION()) noexcept {
         return {file, line, function};
@@ -49,15 +50,21 @@ struct SourceLocation {
 /// it.
 class Exception : public std::exception {
 public:
+    /// `message` is one sentence for users, `name` what GetName() returns.
     Exception(Error code, std::string message, std::string name = "NorvaneException",
               SourceLocation where = SourceLocation::Current());
 
+    /// UTF-8, as all texts here good as long as the exception.
     const char* what() const noexcept override { return m_message.c_str(); }
+    /// The kind of failure, for programs that react to it.
     Error GetError() const noexcept { return m_code; }
     /// The exception's class name in GenApi's terms, for example "LogicalErrorException".
     const char* GetName() const noexcept { return m_name.c_str(); }
+    /// Where the library made it, for reports to us.
     const char* GetSourceFileName() const noexcept { return m_where.file; }
+    /// See GetSourceFileName().
     int GetSourceLine() const noexcept { return m_where.line; }
+    /// See GetSourceFileName().
     const char* GetFunctionName() const noexcept { return m_where.function; }
 
 private:

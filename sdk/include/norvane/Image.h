@@ -12,17 +12,17 @@ namespace Norvane {
 
 /// How a Bayer image becomes colour. Papers stand with the kernels in src/imaging.
 enum ColorProcessingAlgorithm : int {
-    DEFAULT = 0,             ///< bilinear
-    NO_COLOR_PROCESSING = 1, ///< the raw mosaic as grey
-    NEAREST_NEIGHBOR = 2,
-    NEAREST_NEIGHBOR_AVG = 3,
-    BILINEAR = 4,
-    EDGE_SENSING = 5,
-    HQ_LINEAR = 6,
-    IPP = 7,
-    DIRECTIONAL_FILTER = 8,
-    RIGOROUS = 9,
-    WEIGHTED_DIRECTIONAL_FILTER = 10,
+    DEFAULT = 0,                      ///< bilinear
+    NO_COLOR_PROCESSING = 1,          ///< the raw mosaic as grey
+    NEAREST_NEIGHBOR = 2,             ///< each missing colour from the nearest pixel that has it
+    NEAREST_NEIGHBOR_AVG = 3,         ///< likewise, green as the mean of two
+    BILINEAR = 4,                     ///< means of the nearest pixels of that colour
+    EDGE_SENSING = 5,                 ///< green along edges (Laroche and Prescott)
+    HQ_LINEAR = 6,                    ///< linear, 5 x 5 pixels (Malvar, He, Cutler 2004)
+    IPP = 7,                          ///< the result of BILINEAR
+    DIRECTIONAL_FILTER = 8,           ///< Menon, Andriani, Calvagno 2007
+    RIGOROUS = 9,                     ///< the best, whatever it costs
+    WEIGHTED_DIRECTIONAL_FILTER = 10, ///< Pekkucuksen and Altunbasak 2010
 };
 
 /// Why an image is incomplete.
@@ -49,6 +49,7 @@ class IImage;
 class ImagePtr : public BasePtr<IImage, IImage> {
 public:
     using BasePtr::BasePtr;
+    /// Holds nothing.
     ImagePtr() noexcept = default;
 };
 
@@ -62,15 +63,20 @@ public:
     virtual std::size_t GetWidth() const noexcept = 0;   ///< pixels
     virtual std::size_t GetHeight() const noexcept = 0;  ///< pixels
     virtual std::size_t GetXOffset() const noexcept = 0; ///< pixels on the sensor
-    virtual std::size_t GetYOffset() const noexcept = 0;
+    virtual std::size_t GetYOffset() const noexcept = 0; ///< pixels on the sensor
+    /// PixelFormat_Undefined for an empty image.
     virtual PixelFormatEnums GetPixelFormat() const noexcept = 0;
     virtual const char* GetPixelFormatName() const noexcept = 0; ///< PFNC name
+    /// In memory, the mean where pixels share bytes; 0 for a format that the library does not know.
     virtual std::size_t GetBitsPerPixel() const noexcept = 0;
     virtual std::size_t GetStride() const noexcept = 0;    ///< bytes from row to row, 0 when rows share bytes
     virtual std::size_t GetImageSize() const noexcept = 0; ///< bytes of pixels, padding included
+    /// The camera's count of images; gaps are lost images.
     virtual std::uint64_t GetFrameID() const noexcept = 0;
     virtual std::uint64_t GetTimeStamp() const noexcept = 0; ///< ns on the camera's clock
+    /// Whether pixels are missing; they read as zero.
     virtual bool IsIncomplete() const noexcept = 0;
+    /// IMAGE_NO_ERROR for a complete image.
     virtual ImageStatus GetImageStatus() const noexcept = 0;
 
     /// The pixels, GetImageSize() bytes; null after Release() and for an empty image.
@@ -80,6 +86,7 @@ public:
 
     /// Gives the buffer back to its stream now; further calls do nothing.
     virtual void Release() = 0;
+    /// Whether Release() was called.
     virtual bool IsReleased() const noexcept = 0;
 
     /// Makes this image an independent copy of `source`: pixels, geometry, identity, status, chunk data.
@@ -101,12 +108,19 @@ public:
     /// scale), PGM, PPM and JPEG 2000 as they are; the other formats drop the low bits.
     /// @throws Exception (Io) with the system's reason, (FileFormat) for pixels that the format cannot hold.
     virtual void Save(const char* fileName, ImageFileFormat format = FILE_FORMAT_FROM_FILE_EXT) const = 0;
+    /// Likewise as PNG, whatever the extension.
     virtual void Save(const char* fileName, const PNGOption& option) const = 0;
+    /// Likewise as BMP.
     virtual void Save(const char* fileName, const BMPOption& option) const = 0;
+    /// Likewise as PGM.
     virtual void Save(const char* fileName, const PGMOption& option) const = 0;
+    /// Likewise as PPM.
     virtual void Save(const char* fileName, const PPMOption& option) const = 0;
+    /// Likewise as JPEG.
     virtual void Save(const char* fileName, const JPEGOption& option) const = 0;
+    /// Likewise as JPEG 2000.
     virtual void Save(const char* fileName, const JPG2Option& option) const = 0;
+    /// Likewise as TIFF.
     virtual void Save(const char* fileName, const TIFFOption& option) const = 0;
 };
 

@@ -15,33 +15,41 @@ enum ImageFileFormat : int {
     FILE_FORMAT_RAW = 7, ///< the camera's bytes as they are, no header
 };
 
+/// How a PNG file is written.
 struct PNGOption {
-    bool interlaced = false;
+    bool interlaced = false;           ///< Adam7, for pictures that build up while they load
     unsigned int compressionLevel = 6; ///< zlib level, 0 to 9
 };
 
+/// How a BMP file is written.
 struct BMPOption {
     bool indexedColor_8bit = false; ///< mono images as 8-bit indexed grey; colour images ignore it
 };
 
+/// How a PGM file is written.
 struct PGMOption {
     bool binaryFile = true; ///< P5 when true, else P2
 };
 
+/// How a PPM file is written.
 struct PPMOption {
     bool binaryFile = true; ///< P6 when true, else P3
 };
 
+/// How a JPEG file is written.
 struct JPEGOption {
-    bool progressive = false;
+    bool progressive = false;  ///< several passes from coarse to fine
     unsigned int quality = 75; ///< 1 to 100
 };
 
+/// How a JPEG 2000 file is written.
 struct JPG2Option {
     unsigned int quality = 16; ///< compression ratio, 1 (without loss) to 512
 };
 
+/// How a TIFF file is written.
 struct TIFFOption {
+    /// Compression schemes of TIFF 6.0 and its supplements.
     enum CompressionMethod : int {
         NONE = 1,
         PACKBITS,
@@ -52,7 +60,7 @@ struct TIFFOption {
         LZW,
         JPEG, ///< 8 bits
     };
-    CompressionMethod compression = NONE;
+    CompressionMethod compression = NONE; ///< what the pixels cannot be written in is an error
 };
 
 } // namespace Norvane

@@ -33,12 +33,16 @@ using InterfacePtr = BasePtr<IInterface, IInterface>;
 /// A picture of the interfaces at one moment. Holds handles, so it must be cleared before the system goes.
 class InterfaceList {
 public:
+    /// An empty list.
     InterfaceList() = default;
+    /// For the library.
     explicit InterfaceList(std::vector<InterfacePtr> interfaces) : m_interfaces(std::move(interfaces)) {}
 
+    /// How many interfaces there are.
     unsigned int GetSize() const noexcept { return static_cast<unsigned int>(m_interfaces.size()); }
     /// @throws Exception (InvalidParameter) when the index is not below GetSize().
     InterfacePtr GetByIndex(unsigned int index) const;
+    /// Drops the handles.
     void Clear() noexcept { m_interfaces.clear(); }
 
 private:

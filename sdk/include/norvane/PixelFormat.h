@@ -162,18 +162,20 @@ enum class BayerPhase : std::uint8_t { None, GR, RG, GB, BG };
 
 /// What the library knows of one pixel format.
 struct PixelFormatInfo {
-    PixelFormatEnums format;
+    PixelFormatEnums format;      ///< the library's number
     std::string_view name;        ///< PFNC name, for example "BayerRG12p"
     std::uint32_t pfncCode;       ///< 32-bit PFNC value, for example 0x01080009
     std::uint8_t bitsPerPixel;    ///< bits one pixel takes in memory, the mean where pixels share bytes
     std::uint8_t significantBits; ///< bits of one component that carry the value
-    BayerPhase bayer;
+    BayerPhase bayer;             ///< None for formats without a mosaic
 };
 
 /// Looks a format up; null when the library does not know it. Any thread; the table lives for the program's
 /// life.
 const PixelFormatInfo* FindPixelFormat(PixelFormatEnums format) noexcept;
+/// By its 32-bit PFNC value.
 const PixelFormatInfo* FindPixelFormatByPfnc(std::uint32_t pfncCode) noexcept;
+/// By its PFNC name, or the older GigE Vision name where the layouts differ.
 const PixelFormatInfo* FindPixelFormatByName(std::string_view name) noexcept;
 
 /// Bytes of an image without line padding, 0 for an unknown format. Rows start on a byte; a group of pixels

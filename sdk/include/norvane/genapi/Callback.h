@@ -6,7 +6,9 @@
 
 namespace Norvane::GenApi {
 
+/// What it throws is logged and goes no further.
 using NodeCallback = void (*)(INode* node);
+/// Never 0 for a registered callback.
 using CallbackHandleType = std::int64_t;
 
 /// Calls `function` whenever the node's value, range or access mode may have changed: once per change, on the

@@ -16,7 +16,9 @@ public:
     virtual INode* GetNode(const gcstring& name) const = 0;
     /// All nodes in the description's order.
     virtual void GetNodes(node_vector& nodes) const = 0;
+    /// How many GetNodes gives.
     virtual std::uint64_t GetNumNodes() const = 0;
+    /// How log lines and errors call the device, see NodeMapOptions::deviceName.
     virtual gcstring GetDeviceName() const = 0;
     /// Forgets every cached value, range and access mode, and fires the callbacks of what was cached.
     virtual void InvalidateNodes() const = 0;

@@ -24,14 +24,17 @@ public:
     virtual EAccessMode GetAccessMode() const = 0;
     /// Reads `length` bytes at `address`. @throws Exception (Io, Timeout, InvalidAddress).
     virtual void Read(void* buffer, std::int64_t address, std::int64_t length) = 0;
+    /// Writes `length` bytes at `address`. @throws Exception (Io, Timeout, InvalidAddress, AccessDenied).
     virtual void Write(const void* buffer, std::int64_t address, std::int64_t length) = 0;
 };
 
+/// What NodeMapOptions::cacheAudit counts.
 struct CacheAudit {
     std::uint64_t reads = 0;       ///< cached values that were read again
     std::uint64_t differences = 0; ///< of those, how many differed from the cache
 };
 
+/// What a node map is told beside its description and port.
 struct NodeMapOptions {
     /// Stands in log lines and errors, and is INodeMap::GetDeviceName().
     std::string deviceName;
@@ -51,12 +54,13 @@ struct NodeMapOptions {
 std::shared_ptr<INodeMap> CreateNodeMap(std::string_view description, std::shared_ptr<IPort> port,
                                         const NodeMapOptions& options = {});
 
+/// The bytes of one chunk, which belong to somebody else.
+struct ChunkView {
+    const std::uint8_t* data = nullptr; ///< null only when there are no bytes
+    std::size_t size = 0;               ///< bytes
+};
 /// Attaches one image's chunk data to the chunk ports of a map: each chunk's bytes by its ID. Ports whose ID
 /// is missing become not available. The bytes must live until the next call; an empty map detaches.
-struct ChunkView {
-    const std::uint8_t* data = nullptr;
-    std::size_t size = 0;
-};
 void AttachChunks(INodeMap& map, const std::map<std::uint64_t, ChunkView>& chunksById);
 
 /// A port over an array of bytes, filled with zeros at addresses never written. For `describe` and tests.

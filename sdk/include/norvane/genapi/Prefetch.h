@@ -18,11 +18,13 @@ namespace Norvane::GenApi {
 /// register that it is reading. The system's end waits for it.
 class Prefetch {
 public:
+    /// Starts reading.
+    /// @param maps   of one camera; read one after the other.
     /// @param owner  keeps the maps alive; let go by the library's thread when it reads no longer.
-    /// @param done   called by the library's thread at the end; never once the object is destroyed, which
-    /// waits
-    ///               for a call that has begun. Null for nothing.
+    /// @param done   called by the library's thread at the end, null for nothing; never once the object is
+    ///               destroyed, which waits for a call that has begun.
     Prefetch(std::vector<INodeMap*> maps, std::shared_ptr<const void> owner, std::function<void()> done);
+    /// Gives the reading up where it goes on.
     ~Prefetch();
     Prefetch(const Prefetch&) = delete;
     Prefetch& operator=(const Prefetch&) = delete;
