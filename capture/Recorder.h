@@ -39,7 +39,6 @@ public:
     void Stop();
     /// The run's time is over.
     void TimeOut();
-    bool IsRecording() const { return m_recording; }
 
     /// By the camera's thread, for every image.
     void TakeImage(const Norvane::ImagePtr& image);

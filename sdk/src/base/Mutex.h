@@ -21,24 +21,19 @@
 
 namespace Norvane {
 
-template <class StdMutex>
-class CAPABILITY("mutex") BasicMutex {
+class CAPABILITY("mutex") Mutex {
 public:
     void lock() ACQUIRE() { m_mutex.lock(); }
     void unlock() RELEASE() { m_mutex.unlock(); }
 
 private:
-    StdMutex m_mutex;
+    std::mutex m_mutex;
 };
 
-using Mutex = BasicMutex<std::mutex>;
-using RecursiveMutex = BasicMutex<std::recursive_mutex>;
-
 /// Holds a mutex for a scope; can be left and taken again inside it, as a condition variable does.
-template <class M>
 class SCOPED_CAPABILITY MutexLock {
 public:
-    explicit MutexLock(M& mutex) ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.lock(); }
+    explicit MutexLock(Mutex& mutex) ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.lock(); }
     ~MutexLock() RELEASE() {
         if (m_held) {
             m_mutex.unlock();
@@ -57,7 +52,7 @@ public:
     }
 
 private:
-    M& m_mutex;
+    Mutex& m_mutex;
     bool m_held = true;
 };
 

@@ -75,7 +75,6 @@ bool EnumerationNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loade
     if (tag == Tag::EnumEntry) {
         if (Node* const node = loader.NodeFor(element)) {
             auto* const entry = static_cast<EnumEntryNode*>(node);
-            entry->SetEnumeration(this);
             m_entries.push_back(entry);
         }
         return true;

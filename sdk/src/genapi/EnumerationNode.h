@@ -35,7 +35,6 @@ public:
     std::string_view Symbolic() const { return m_symbolic; }
     std::int64_t Value() const { return m_value; }
     bool SelfClearing() const { return m_selfClearing; }
-    void SetEnumeration(Node* enumeration) { m_enumeration = enumeration; }
 
 protected:
     std::string ToText(bool, bool) override { return std::string(m_symbolic); }
@@ -44,7 +43,6 @@ protected:
 private:
     static std::string_view PlainNameOf(pugi::xml_node entry);
 
-    Node* m_enumeration = nullptr;
     std::string_view m_symbolic;
     std::int64_t m_value = 0;
     double m_numeric = 0;

@@ -82,8 +82,6 @@ public:
     /// @throws Exception (GenApiLogical) that says what is wrong and at which character.
     static Formula Compile(std::string_view text, const Names& names, Kind kind);
 
-    /// Whether the formula uses the variable with this index of Names::variables.
-    bool Uses(std::size_t variable) const { return variable < m_uses.size() && m_uses[variable]; }
     bool CalculatesInDouble() const { return m_double; }
 
     /// Evaluates; `load(index)` gives the value of a variable, and is called at most once for each.
@@ -117,7 +115,6 @@ private:
     std::vector<Program> m_programs; ///< the formula itself, then the expressions that it uses
     std::vector<std::int64_t> m_integers;
     std::vector<double> m_floats;
-    std::vector<bool> m_uses;
     bool m_double = false;
 };
 

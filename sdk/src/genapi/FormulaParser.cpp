@@ -56,7 +56,6 @@ class FormulaParser {
 public:
     FormulaParser(const Formula::Names& names, Formula::Kind kind) : m_names(names) {
         m_formula.m_double = kind == Formula::Kind::Float;
-        m_formula.m_uses.resize(names.variables.size());
         m_expressionProgram.resize(names.expressions.size(), kUnused);
     }
 
@@ -297,9 +296,7 @@ private:
         }
         if (const auto found = std::find(m_names.variables.begin(), m_names.variables.end(), name);
             found != m_names.variables.end()) {
-            const auto index = static_cast<std::uint32_t>(found - m_names.variables.begin());
-            m_formula.m_uses[index] = true;
-            Emit(Op::Slot, +1, index);
+            Emit(Op::Slot, +1, static_cast<std::uint32_t>(found - m_names.variables.begin()));
             return;
         }
         for (const auto& constant : m_names.constants) {

@@ -20,7 +20,6 @@ public:
     bool IsLost() const { return m_lost; }
     /// Closing is no loss: from now on nobody is told.
     void Close();
-    bool IsClosed() const { return m_closed; }
     /// Only the first call has an effect: one log line with the reason, and the wakers run, on this thread.
     void MarkLost(const std::string& reason);
     /// Called once after the loss, by the thread that is in TellWhenLost.

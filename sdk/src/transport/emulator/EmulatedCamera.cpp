@@ -116,7 +116,7 @@ std::string EmulatedCamera::Description() const {
     return m_descriptionOverride.empty() ? m_model.Description() : m_descriptionOverride;
 }
 
-void EmulatedCamera::Delay(MutexLock<Mutex>& lock) {
+void EmulatedCamera::Delay(MutexLock& lock) {
     const std::uint32_t microseconds = m_model.Camera().registerDelayUs;
     if (microseconds > 0) {
         const auto end = Clock::now() + std::chrono::microseconds(microseconds);

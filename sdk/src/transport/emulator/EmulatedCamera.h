@@ -84,7 +84,7 @@ public:
     std::uint64_t Seed() const { return m_seed; }
 
 private:
-    void Delay(MutexLock<Mutex>& lock) REQUIRES(m_mutex);
+    void Delay(MutexLock& lock) REQUIRES(m_mutex);
 
     mutable Mutex m_mutex;
     ConditionVariable m_changed;
