@@ -148,11 +148,12 @@ void wGLImageDisplay::updateImageDisplayGL(ImagePtr const& image) {
     Show(image, converted);
 }
 
-void wGLImageDisplay::NoteConversionError(const char* reason) {
-    // Once, because every image of the stream would say the same.
-    if (m_notedConversionError != reason) {
-        m_notedConversionError = reason;
-        qWarning("Images of this camera cannot be shown: %s", reason);
+void wGLImageDisplay::NoteConversionError(const ImagePtr& image, const Norvane::Exception& error) {
+    // Once, because every image of the stream would say the same, though perhaps with another number in it.
+    const std::pair kind(image->GetPixelFormat(), error.GetError());
+    if (m_notedConversionError != kind) {
+        m_notedConversionError = kind;
+        qWarning("Images of this camera cannot be shown: %s", error.what());
     }
 }
 
@@ -179,7 +180,7 @@ ImagePtr wGLImageDisplay::ConvertInto(PixelBuffer& target, const ImagePtr& image
                            static_cast<Norvane::ColorProcessingAlgorithm>(m_colorProcessingAlgorithm));
             converted = destination;
         } catch (const Norvane::Exception& error) {
-            NoteConversionError(error.what());
+            NoteConversionError(image, error);
         }
         target.buffer.unmap();
     }

@@ -17,6 +17,8 @@
 
 #include <array>
 #include <memory>
+#include <optional>
+#include <utility>
 
 class ImageCapture;
 class QScrollArea;
@@ -98,7 +100,7 @@ private:
     };
 
     Norvane::ImagePtr ConvertInto(PixelBuffer& target, const Norvane::ImagePtr& image);
-    void NoteConversionError(const char* reason);
+    void NoteConversionError(const Norvane::ImagePtr& image, const Norvane::Exception& error);
     void Show(const Norvane::ImagePtr& image, const Norvane::ImagePtr& converted);
     void ShowAgain();
     void ReleaseGL();
@@ -128,7 +130,7 @@ private:
     QuadRenderer m_renderer;
     bool m_textureIsStale = false; // the read buffer holds an image that the texture does not
     int m_colorProcessingAlgorithm = Norvane::BILINEAR;
-    QByteArray m_notedConversionError;
+    std::optional<std::pair<Norvane::PixelFormatEnums, Norvane::Error>> m_notedConversionError;
     bool m_algorithmChanged = false;
     float m_zoomLevel = 0.0F;
     float m_zoomFactor = 1.0F;
