@@ -286,19 +286,16 @@ double CameraModel::ResultingFrameRate() const {
         rate = std::min(rate, m_bank.Real("AcquisitionFrameRate"));
     }
     if (m_bank.Int("DeviceLinkThroughputLimitMode")) {
-        const double bytes = static_cast<double>(const_cast<CameraModel*>(this)->PayloadSize());
+        const double bytes = static_cast<double>(PayloadSize());
         rate = std::min(rate,
                         static_cast<double>(m_bank.Int("DeviceLinkThroughputLimit")) / std::max(1.0, bytes));
     }
     return std::max(rate, 0.01);
 }
 
-std::shared_ptr<const ImageSettings> CameraModel::CurrentImageSettings() {
-    if (m_imageSettings && m_imageGeneration == m_bank.ImagingGeneration()) {
-        return m_imageSettings;
-    }
-    auto settings = std::make_shared<ImageSettings>();
-    ImageGeometry& geometry = settings->geometry;
+ImageSettings CameraModel::CurrentImageShape() const {
+    ImageSettings settings;
+    ImageGeometry& geometry = settings.geometry;
     const auto number = [&](const char* name) { return static_cast<std::uint32_t>(m_bank.Int(name)); };
     geometry.sensorWidth = number("SensorWidth");
     geometry.sensorHeight = number("SensorHeight");
@@ -310,7 +307,15 @@ std::shared_ptr<const ImageSettings> CameraModel::CurrentImageSettings() {
     geometry.stepY = number("BinningVertical") * number("DecimationVertical");
     geometry.reverseX = number("ReverseControl") & 1;
     geometry.reverseY = number("ReverseControl") & 2;
-    settings->format = FindEmulatedFormat(number("PixelFormat"));
+    settings.format = FindEmulatedFormat(number("PixelFormat"));
+    return settings;
+}
+
+std::shared_ptr<const ImageSettings> CameraModel::CurrentImageSettings() {
+    if (m_imageSettings && m_imageGeneration == m_bank.ImagingGeneration()) {
+        return m_imageSettings;
+    }
+    auto settings = std::make_shared<ImageSettings>(CurrentImageShape());
     settings->pattern = static_cast<TestPattern>(m_bank.Int("TestPattern"));
     settings->title = m_camera.model + "  " + m_camera.serial;
     settings->tone = CurrentTone();
@@ -346,9 +351,12 @@ ToneSettings CameraModel::CurrentTone() const {
     return tone;
 }
 
-std::size_t CameraModel::PayloadSize() {
-    const auto settings = CurrentImageSettings();
-    return settings->ImageBytes() + (ChunksActive() ? ChunkLayout::Size(ChunksOf(*settings, 0, 0, 0.0)) : 0);
+std::size_t CameraModel::PayloadSize() const {
+    // Nothing of the exposure may enter here: without a set one it is the frame's time, which a limit of the
+    // link derives from the payload.
+    const ImageSettings shape = CurrentImageShape();
+    return shape.ImageBytes() +
+           (ChunksActive() ? ChunkLayout::Size(BuildChunks(*this, shape, {0, 0, 0.0, 0.0})) : 0);
 }
 
 bool CameraModel::ChunksActive() const {
@@ -357,7 +365,7 @@ bool CameraModel::ChunksActive() const {
 
 ChunkLayout::Chunks CameraModel::ChunksOf(const ImageSettings& image, std::uint64_t frameId,
                                           std::int64_t timestampNs, double seconds) const {
-    return BuildChunks(*this, image, frameId, timestampNs, seconds);
+    return BuildChunks(*this, image, {frameId, timestampNs, seconds, ExposureUs()});
 }
 
 std::uint64_t CameraModel::MacAddress() const {

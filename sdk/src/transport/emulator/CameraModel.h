@@ -63,7 +63,7 @@ public:
 
     // Images.
     std::shared_ptr<const ImageSettings> CurrentImageSettings();
-    std::size_t PayloadSize();
+    std::size_t PayloadSize() const;
     bool ChunksActive() const;
     /// The chunks of an image, in the order of the payload.
     ChunkLayout::Chunks ChunksOf(const ImageSettings& image, std::uint64_t frameId, std::int64_t timestampNs,
@@ -88,6 +88,8 @@ private:
     void ApplySensor(bool keepFormat);
     void FollowAutomatics();
     std::optional<Clock::time_point> NextEdgeFor(std::size_t trigger, Clock::time_point after) const;
+    /// The current settings without what the picture shows: enough for its bytes.
+    ImageSettings CurrentImageShape() const;
     ToneSettings CurrentTone() const;
 
     CameraSettings m_camera;

@@ -62,8 +62,8 @@ void AddChunkFeature(FeatureBuilder& f, const char* type, const char* name, Chun
 
 } // namespace
 
-ChunkLayout::Chunks BuildChunks(const CameraModel& camera, const ImageSettings& image, std::uint64_t frameId,
-                                std::int64_t timestampNs, double seconds) {
+ChunkLayout::Chunks BuildChunks(const CameraModel& camera, const ImageSettings& image,
+                                const Exposed& exposed) {
     const RegisterBank& bank = const_cast<CameraModel&>(camera).Bank();
     const bool big = bank.IsBigEndian();
     const bool infers = camera.Camera().inference != Inference::None && bank.Int("InferenceEnable");
@@ -74,13 +74,13 @@ ChunkLayout::Chunks BuildChunks(const CameraModel& camera, const ImageSettings& 
             chunks.emplace_back(kChunkIds[chunk], std::move(bytes));
         }
     };
-    add(FrameId, Word(frameId, big));
-    add(TimestampChunk, Word(static_cast<std::uint64_t>(timestampNs), big));
-    add(ExposureTime, Real(camera.ExposureUs(), big));
+    add(FrameId, Word(exposed.frameId, big));
+    add(TimestampChunk, Word(static_cast<std::uint64_t>(exposed.timestampNs), big));
+    add(ExposureTime, Real(exposed.exposureUs, big));
     add(GainChunk, Real(static_cast<double>(bank.Int("GainTenths")) / 10.0, big));
     if (infers) {
         const InferenceResult result =
-            Infer(image.geometry, seconds, bank.Real("InferenceConfidenceThreshold"),
+            Infer(image.geometry, exposed.seconds, bank.Real("InferenceConfidenceThreshold"),
                   static_cast<std::size_t>(bank.Int("InferenceBoundingBoxMaxCount")));
         if (detects) {
             add(InferenceBoxes, EncodeBoxes(result.boxes));

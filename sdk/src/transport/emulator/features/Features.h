@@ -40,10 +40,17 @@ void CountTrigger(CameraModel& camera);
 void NoteEvents(CameraModel& camera, std::uint64_t frameId, std::int64_t timestampNs, bool last);
 bool TimerIsActive(CameraModel& camera, std::size_t timer);
 
-/// The chunks of an image in the order of the payload. `timestampNs` is the camera's clock, `seconds` the
-/// scene's.
-ChunkLayout::Chunks BuildChunks(const CameraModel& camera, const ImageSettings& image, std::uint64_t frameId,
-                                std::int64_t timestampNs, double seconds);
+/// What an image's chunks tell of its making. `timestampNs` is the camera's clock, `seconds` the scene's.
+struct Exposed {
+    std::uint64_t frameId;
+    std::int64_t timestampNs;
+    double seconds;
+    double exposureUs;
+};
+
+/// The chunks of an image in the order of the payload.
+ChunkLayout::Chunks BuildChunks(const CameraModel& camera, const ImageSettings& image,
+                                const Exposed& exposed);
 
 /// Puts the region of interest back inside the sensor after something made the sensor's picture smaller or
 /// larger.
