@@ -69,7 +69,7 @@ TEST_F(FeatureBehaviourTest, FeaturesFollowOneAnother) {
           {"DeviceLinkThroughputLimitMode", "On", {{"DeviceLinkThroughputLimitMode", "On"}}},
           {"DeviceLinkThroughputLimit", "3072000", {{"AcquisitionResultingFrameRate", "10.000"}}},
           {"ChunkModeActive", "true", {{"PayloadSize", "307240"}}},
-          {"ChunkSelector", "ExposureTime", {{"ChunkEnable", "false"}}},
+          {"ChunkSelector", "ExposureTime", {{"ChunkEnable", "0"}}},
           {"ChunkEnable", "true", {{"PayloadSize", "307256"}}}}},
         {"each selector has its own values",
          {{"TriggerSelector", "FrameBurstStart", {{"TriggerMode", "Off"}}},
