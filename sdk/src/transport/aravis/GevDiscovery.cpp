@@ -10,6 +10,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::uint32_t kLimitedBroadcast = 0xFFFFFFFF;
 constexpr int kScansUntilGone = 2;
+/// Cameras answer within some milliseconds; the first list of a program waits for this.
+constexpr std::chrono::milliseconds kSilence{150};
 
 std::string DeviceId(const Gvcp::DiscoveryAnswer& answer) {
     char mac[16];
@@ -45,7 +47,7 @@ std::map<std::string, GevCamera> GevDiscovery::Scan(const std::vector<Adapter>& 
     }
     m_controlQuestions.clear();
     Ask(adapters);
-    Listen(end, window / 2, adapters, held);
+    Listen(end, kSilence, adapters, held);
     if (AskMissingAgain()) {
         Listen(std::max(end, Clock::now() + window / 2), window, adapters, held);
     }

@@ -27,9 +27,9 @@ public:
     enum class Held { No, Alive, Lost };
     using HeldLookup = std::function<Held(const std::string& deviceId)>;
 
-    /// Asks all usable adapters, listens until no camera has spoken for half of `window`, for `window` at
-    /// most and where a known camera is silent, and returns the cameras by their identifier. An answer that
-    /// comes later counts for the next scan.
+    /// Asks all usable adapters, listens until no camera has spoken for 150 ms, for `window` at most and
+    /// where a known camera is silent, and returns the cameras by their identifier. An answer that comes
+    /// later counts for the next scan.
     /// @throws Exception (Io) when the system gives no socket.
     std::map<std::string, GevCamera> Scan(const std::vector<Adapter>& adapters, const HeldLookup& held,
                                           std::chrono::milliseconds window = std::chrono::milliseconds(400));
