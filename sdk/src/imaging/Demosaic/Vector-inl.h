@@ -95,10 +95,14 @@ HWY_INLINE void ForColorVectors(D d, const WindowRow<T>& row, Function&& pixels)
         std::size_t x = 0;
         for (const std::size_t end : {before, width}) {
             for (; x < end; x += lanes) {
+                // Vectors that begin at a cache line do not end with the row, and behind it there may be
+                // nothing to read: the last one then covers some columns again.
+                const bool again = before > 0 && x + lanes > width && width % 2 == 0 && width >= lanes;
+                x = again ? width - lanes : x;
                 V own, green, other;
                 pixels(x, own, green, other);
                 const bool whole = x + lanes <= end;
-                T* const to = whole && !stream ? out + 3 * x : part;
+                T* const to = whole && (again || !stream) ? out + 3 * x : part;
                 StoreThree(d, redRow ? other : own, green, redRow ? own : other, to);
                 if (to == part) {
                     finish(x, std::min(lanes, end - x));
