@@ -34,7 +34,8 @@ inline Fields FieldsOf(Packing packing, unsigned bits) {
             f.bytes[2 * i] = static_cast<std::uint8_t>(i * bits / 8);
             f.bytes[2 * i + 1] = static_cast<std::uint8_t>(i * bits / 8 + 1);
             f.field[i] = static_cast<std::uint16_t>(((1U << bits) - 1) << shift);
-            f.factor[i] = static_cast<std::uint16_t>(1U << (16 - bits - shift));
+            // Beyond 16 where eleven bits reach over three bytes; those are not unpacked here.
+            f.factor[i] = static_cast<std::uint16_t>(1U << (16 - std::min(bits + shift, 16U)));
         } else {
             // Two samples in three bytes: high bits, both low bits, high bits.
             const unsigned group = i / 2 * 3;
@@ -238,7 +239,7 @@ std::size_t UnpackInVectors(const PackedSamples& s, std::size_t count, T* out) {
     case Packing::WordPlanes:
         return WordsInVectors(s, count, out);
     case Packing::Bits:
-        return s.bits <= 12 ? FieldsInVectors(s, count, out) : 0;
+        return s.bits <= 12 && s.bits != 11 ? FieldsInVectors(s, count, out) : 0;
     case Packing::Gev10:
     case Packing::Gev12:
         return FieldsInVectors(s, count, out);
