@@ -128,6 +128,7 @@ void Recorder::Finish() {
     m_runIsOpen = false; // the run may end here twice, after its last image and after its drain
     m_writes.Wait();
     guarded("Closing the video", [this] { m_video.Close(); });
+    m_behind.Release();
     m_memory.Release();
     if (const unsigned int failures = m_failures.exchange(0); failures > 1) {
         qWarning("Recording: %u frames could not be written.", failures);
@@ -255,10 +256,10 @@ void Recorder::WriteStreamed(const Norvane::ImagePtr& image) {
 void Recorder::Write(const Norvane::ImagePtr& image) {
     const RecordingSettings settings = Settings();
     try {
-        if (settings.type == RECORD_VIDEO) {
-            m_video.Append(image, settings);
-        } else {
-            StillWriter::Write(image, settings);
+        const std::string file = settings.type == RECORD_VIDEO ? m_video.Append(image, settings)
+                                                               : StillWriter::Write(image, settings);
+        if (settings.mode == BUFFERED) {
+            m_behind.Written(file);
         }
     } catch (const std::exception& error) {
         NoteFailure(error.what());

@@ -6,6 +6,7 @@
 #include "RecordingRules.h"
 #include "RecordingTypes.h"
 #include "VideoWriter.h"
+#include "WriteBehind.h"
 #include "WriteQueue.h"
 
 #include <QObject>
@@ -90,7 +91,9 @@ private:
     RecordingMemory m_memory;
     std::timed_mutex m_drainLock;
     RecordingBuffer m_buffer;
-    VideoWriter m_video; // used by the writes, and by the worker's thread while there are none
+    // These two are used by the writes, and by the worker's thread while there are none.
+    VideoWriter m_video;
+    WriteBehind m_behind; // of a buffered run; one that streams has no buffer but the system's
 
     std::atomic<bool> m_recording = false;
     std::atomic<bool> m_runIsOpen = false; // images of the run may still be on their way to the disk

@@ -28,10 +28,12 @@ const char* extensionOf(RecordImFormat format) {
 
 } // namespace
 
-void StillWriter::Write(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
+std::string StillWriter::Write(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
     const QByteArray folder = settings.folder.toUtf8();
     const QByteArray stem = QTime::currentTime().toString(QStringLiteral("hh_mm_ss_zzz")).toUtf8();
-    Save(image, (folder + "/" + stem + extensionOf(settings.imageFormat)).constData(), settings);
+    const std::string path = (folder + "/" + stem + extensionOf(settings.imageFormat)).toStdString();
+    Save(image, path.c_str(), settings);
+    return path;
 }
 
 void StillWriter::Save(const Norvane::ImagePtr& image, const char* fileName,

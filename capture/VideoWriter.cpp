@@ -16,7 +16,7 @@ Option optionFor(const Norvane::ImagePtr& image, const RecordingSettings& settin
 
 } // namespace
 
-void VideoWriter::Append(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
+std::string VideoWriter::Append(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
     m_writer.SetMaximumFileSize(static_cast<unsigned int>(settings.fileSplitSizeMb));
     if (!m_isOpen) {
         m_isOpen = true;
@@ -29,6 +29,7 @@ void VideoWriter::Append(const Norvane::ImagePtr& image, const RecordingSettings
         }
     }
     m_writer.Append(image);
+    return m_writer.GetFileName();
 }
 
 void VideoWriter::Open(const Norvane::ImagePtr& image, const RecordingSettings& settings) {

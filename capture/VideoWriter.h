@@ -7,10 +7,10 @@
 /// size. Used by one thread at a time.
 class VideoWriter {
 public:
-    /// Adds a frame; opens the file when none is open. A file that cannot be opened is reported once in the
-    /// log, and the frames that follow fail until Close().
+    /// Adds a frame, and tells the file that it went to; opens the file when none is open. A file that cannot
+    /// be opened is reported once in the log, and the frames that follow fail until Close().
     /// @throws Norvane::Exception when the frame cannot be written.
-    void Append(const Norvane::ImagePtr& image, const RecordingSettings& settings);
+    std::string Append(const Norvane::ImagePtr& image, const RecordingSettings& settings);
     /// Finishes the file. No error when none is open.
     void Close();
 

@@ -34,6 +34,7 @@ public:
     bool HasFailed() const { return m_hasFailed || !m_context; }
     /// @throws Exception (Io) when HasFailed().
     void ThrowIfItTakesNoMore() const;
+    const std::string& FileName() const { return m_fileName; }
     std::int64_t Bytes() const;
     /// What finishing the file adds at most.
     std::int64_t BytesToFinish() const;

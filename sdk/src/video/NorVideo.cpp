@@ -84,6 +84,10 @@ void NorVideo::SetMaximumFileSize(unsigned int megabytes) {
     }
 }
 
+std::string NorVideo::GetFileName() const {
+    return m_writer ? m_writer->FileName() : std::string();
+}
+
 void NorVideo::Close() {
     if (const std::unique_ptr<Writer> writer = std::move(m_writer)) {
         writer->Close();

@@ -22,6 +22,7 @@ public:
     void SetMaximumBytes(std::int64_t bytes) { m_maximumBytes = bytes; }
     void Append(const ImagePtr& image);
     void Close();
+    std::string FileName() const { return m_container ? m_container->FileName() : std::string(); }
 
 private:
     std::string NextFileName();

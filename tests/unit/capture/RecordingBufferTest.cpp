@@ -1,13 +1,21 @@
 #include "RecordingBuffer.h"
 #include "CountDownLatch.h"
 #include "RecordingMemory.h"
+#include "WriteBehind.h"
 #include "WriteQueue.h"
 
 #include "FakeCamera.h"
 
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/vfs.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -122,6 +130,38 @@ TEST(CountDownLatch, HoldsItsOwnerUntilTheTaskIsDone) {
     }
     EXPECT_TRUE(done);
     task.join();
+}
+
+TEST(WriteBehind, WrittenImagesLeaveTheFileCacheWhileTheFileGrows) {
+    const QTemporaryDir folder;
+    const std::string path = folder.filePath("video").toStdString();
+    struct statfs system {};
+    if (statfs(folder.path().toUtf8(), &system) != 0 || system.f_type == TMPFS_MAGIC) {
+        GTEST_SKIP() << "files in memory stay there";
+    }
+    constexpr std::size_t kImage = 5'000'123; // no whole pages
+    constexpr int kImages = 40;
+    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    WriteBehind behind;
+    behind.Written(path + ".missing");
+    for (int i = 0; i < kImages; ++i) {
+        const std::vector<char> image(kImage, static_cast<char>(i));
+        ASSERT_EQ(write(file, image.data(), kImage), static_cast<ssize_t>(kImage));
+        behind.Written(path);
+    }
+    constexpr std::size_t kBytes = kImage * kImages;
+    auto* bytes = static_cast<char*>(mmap(nullptr, kBytes, PROT_READ, MAP_SHARED, file, 0));
+    ASSERT_NE(bytes, MAP_FAILED);
+    std::vector<unsigned char> isCached((kBytes + 4095) / 4096);
+    ASSERT_EQ(mincore(bytes, kBytes, isCached.data()), 0);
+    const auto cached = std::count_if(isCached.begin(), isCached.end(), [](auto flags) { return flags & 1; });
+    EXPECT_LT(cached * 4096, 80'000'000);
+    for (int i = 0; i < kImages; ++i) {
+        EXPECT_EQ(bytes[kImage * static_cast<std::size_t>(i)], static_cast<char>(i));
+        EXPECT_EQ(bytes[kImage * static_cast<std::size_t>(i + 1) - 1], static_cast<char>(i));
+    }
+    munmap(bytes, kBytes);
+    close(file);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "norvane/Image.h"
 
 #include <memory>
+#include <string>
 
 namespace Norvane::Video {
 
@@ -53,6 +54,8 @@ public:
     void Append(const ImagePtr& image);
     /// From the next file part on; 0 means no splitting.
     void SetMaximumFileSize(unsigned int megabytes);
+    /// The file that frames go to now, with its number and extension; empty when none is open.
+    std::string GetFileName() const;
     /// Finishes the file. No error when none is open.
     void Close();
 
