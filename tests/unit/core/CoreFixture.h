@@ -1,12 +1,8 @@
 #pragma once
 
-#include "FakeTransport.h"
+#include "EmulatorFixture.h"
+#include "GatedTransport.h"
 #include "core/SystemImpl.h"
-#include "norvane/Exception.h"
-#include "norvane/Log.h"
-#include "norvane/genapi/GenApi.h"
-
-#include <gmock/gmock.h>
 
 #include <memory>
 #include <mutex>
@@ -14,27 +10,6 @@
 #include <vector>
 
 namespace Norvane::Test {
-
-/// The error code that `action` throws, Success when it throws nothing.
-template <class Action>
-Error ErrorOf(Action&& action) {
-    try {
-        action();
-    } catch (const Exception& error) {
-        return error.GetError();
-    }
-    return Error::Success;
-}
-
-inline std::string TextOf(GenApi::INodeMap& map, const char* node) {
-    const GenApi::CValuePtr value = map.GetNode(node);
-    return value->ToString().str();
-}
-
-inline std::int64_t NumberOf(GenApi::INodeMap& map, const char* node) {
-    const GenApi::CIntegerPtr value = map.GetNode(node);
-    return value->GetValue();
-}
 
 /// Remembers events as text, in order.
 class EventRecorder : public InterfaceArrivalEventHandler,
@@ -61,26 +36,24 @@ private:
     std::vector<std::string> m_events;
 };
 
-/// A system over one scripted transport with one GigE Vision interface, "eth0".
-class CoreFixture : public ::testing::Test {
+/// A system of its own over emulated cameras, which a test can hold at the transport's gates.
+class CoreFixture : public EmulatorFixture {
 protected:
     void Start() {
         std::vector<std::unique_ptr<Transport::ITransport>> transports;
-        transports.push_back(MakeTransport(m_world));
-        m_system = std::make_unique<Core::SystemImpl>(std::move(transports));
+        transports.push_back(std::make_unique<GatedTransport>(m_gates));
+        m_system = SystemPtr(std::make_shared<Core::SystemImpl>(std::move(transports)));
     }
 
     /// Starts with one camera, number 7, and gives it.
     CameraPtr StartWithCamera() {
-        m_world->AddInterface("eth0");
-        m_fake = m_world->AddCamera("cam", "eth0", "7");
+        AddInterface();
+        AddCamera("7", "width=64\nheight=64\nframe-rate=1000");
         Start();
         return m_system->GetCameras(false).GetByIndex(0);
     }
 
-    std::shared_ptr<FakeWorld> m_world = std::make_shared<FakeWorld>();
-    std::shared_ptr<FakeCamera> m_fake;
-    std::unique_ptr<ISystem> m_system;
+    std::shared_ptr<Gates> m_gates = std::make_shared<Gates>();
 };
 
 } // namespace Norvane::Test

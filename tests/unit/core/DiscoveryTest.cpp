@@ -4,78 +4,74 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 namespace Norvane::Test {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class DiscoveryTest : public CoreFixture {};
 
 TEST_F(DiscoveryTest, ListsAnswerFromTheLatestFinishedScan) {
-    m_world->AddInterface("eth0");
-    m_world->AddInterface("eth1");
-    m_world->AddCamera("a", "eth0", "11");
-    m_world->AddCamera("b", "eth1", "22");
-    m_world->AddCamera("lost", "no such interface", "33");
+    AddInterface("GigE-0");
+    AddInterface("GigE-1");
+    AddCamera("11");
+    AddCamera("22", "interface=GigE-1");
     Start();
     EXPECT_EQ(m_system->GetInterfaces(true).GetSize(), 2U);
     ASSERT_EQ(m_system->GetCameras(true).GetSize(), 2U);
     const InterfacePtr second = m_system->GetInterfaces(false).GetByIndex(1);
-    EXPECT_EQ(second->GetInterfaceID(), "eth1");
+    EXPECT_EQ(second->GetInterfaceID(), "GigE-1");
     ASSERT_EQ(second->GetCameras(true).GetSize(), 1U);
     EXPECT_EQ(second->GetCameras(false).GetByIndex(0)->GetDeviceNumber(), 22U);
     EXPECT_EQ(ErrorOf([&] { m_system->GetCameras(false).GetByIndex(2); }), Error::InvalidParameter);
 
     // With the network stuck, the list still answers what the last finished scan found.
-    m_world->scanning.Close();
-    const int before = m_world->scans;
-    ASSERT_TRUE(Eventually([&] { return m_world->scanning.Waiting() == 1; }));
+    m_gates->scanning.Close();
+    const int before = m_gates->scans;
+    ASSERT_TRUE(Eventually([&] { return m_gates->scanning.Waiting() == 1; }));
     EXPECT_EQ(m_system->GetCameras(true).GetSize(), 2U);
-    m_world->scanning.Open();
-    EXPECT_TRUE(Eventually([&] { return m_world->scans > before; }));
+    m_gates->scanning.Open();
+    EXPECT_TRUE(Eventually([&] { return m_gates->scans > before; }));
 }
 
 TEST_F(DiscoveryTest, TheFirstListGivesUpOnANetworkThatDoesNotAnswer) {
-    m_world->AddInterface("eth0");
-    m_world->scanning.Close();
+    AddInterface();
+    m_gates->scanning.Close();
     Start();
     EXPECT_EQ(m_system->GetInterfaces(true).GetSize(), 0U);
     EventRecorder events;
     m_system->RegisterEventHandler(events);
-    m_world->scanning.Open();
+    m_gates->scanning.Open();
     // The list showed nothing, so what the first scan finds has arrived.
     EXPECT_TRUE(Eventually([&] { return events.Events().size() == 1; }));
-    EXPECT_THAT(events.Events(), ElementsAre("+eth0"));
+    EXPECT_THAT(events.Events(), ElementsAre("+GigE-0"));
     m_system->UnregisterEventHandler(events);
 }
 
 TEST_F(DiscoveryTest, EventsTellTwoPicturesApart) {
-    m_world->AddInterface("eth0");
-    const auto camera = m_world->AddCamera("a", "eth0", "11");
-    Start();
+    StartWithCamera();
     EventRecorder events;
     m_system->RegisterEventHandler(events);
     m_system->RegisterInterfaceEventHandler(events);
     EXPECT_EQ(ErrorOf([&] { m_system->RegisterEventHandler(events); }), Error::InvalidParameter);
-    ASSERT_EQ(m_system->GetCameras(true).GetSize(), 1U);
 
-    m_world->AddInterface("eth1");
+    AddInterface("GigE-1");
     ASSERT_TRUE(Eventually([&] { return events.Events().size() == 1; }));
-    m_world->AddCamera("b", "eth1", "22");
+    AddCamera("22", "interface=GigE-1");
     ASSERT_TRUE(Eventually([&] { return events.Events().size() == 2; }));
     EXPECT_EQ(m_system->GetCameras(false).GetSize(), 2U) << "a list asked for after the event shows it";
-    m_world->Unplug(camera);
+    Unplug("7");
     ASSERT_TRUE(Eventually([&] { return events.Events().size() == 3; }));
-    m_world->RemoveInterface("eth1");
+    RemoveInterface("GigE-1");
     ASSERT_TRUE(Eventually([&] { return events.Events().size() == 5; }));
-    EXPECT_THAT(events.Events(), ElementsAre("+eth1", "+22", "-11", "-22", "-eth1"));
+    EXPECT_THAT(events.Events(), ElementsAre("+GigE-1", "+22", "-7", "-22", "-GigE-1"));
 
     m_system->UnregisterEventHandler(events);
     m_system->UnregisterInterfaceEventHandler(events);
-    const int before = m_world->scans;
-    m_world->Plug(camera);
-    ASSERT_TRUE(Eventually([&] { return m_world->scans > before + 1; }));
+    AddCamera("7");
+    ASSERT_TRUE(Eventually([&] { return m_system->GetCameras(false).GetSize() == 1; }));
     EXPECT_EQ(events.Events().size(), 5U) << "no call after unregistering";
 }
 
@@ -83,22 +79,20 @@ TEST_F(DiscoveryTest, WhatComesBackIsTheSameObject) {
     const CameraPtr camera = StartWithCamera();
     const InterfacePtr interface = m_system->GetInterfaces(false).GetByIndex(0);
     EXPECT_TRUE(camera->IsValid());
-    m_world->Unplug(m_fake);
-    m_world->RemoveInterface("eth0");
+    RemoveInterface("GigE-0");
     ASSERT_TRUE(Eventually([&] { return !camera->IsValid() && !interface->IsValid(); }));
     EXPECT_FALSE(interface->IsUsable());
     EXPECT_EQ(interface->GetCameras(false).GetSize(), 0U);
-    EXPECT_EQ(TextOf(camera->GetTLDeviceNodeMap(), "DeviceModelName"), "Fake");
+    EXPECT_EQ(TextOf(camera->GetTLDeviceNodeMap(), "DeviceModelName"), "Duskwing S");
 
-    m_world->AddInterface("eth0");
-    m_world->Plug(m_fake);
+    AddInterface("GigE-0");
     ASSERT_TRUE(Eventually([&] { return m_system->GetCameras(false).GetSize() == 1; }));
     EXPECT_TRUE(camera->IsValid() && interface->IsValid());
     EXPECT_EQ(m_system->GetCameras(false).GetByIndex(0), camera);
     EXPECT_EQ(m_system->GetInterfaces(false).GetByIndex(0), interface);
 }
 
-TEST_F(DiscoveryTest, AHandlerMayUnregisterItselfAndDropTheLists) {
+TEST_F(DiscoveryTest, AHandlerMayUnregisterItselfAndAskForTheLists) {
     struct OneShot : InterfaceEventHandler {
         ISystem* system = nullptr;
         std::atomic<int> calls{0};
@@ -113,15 +107,15 @@ TEST_F(DiscoveryTest, AHandlerMayUnregisterItselfAndDropTheLists) {
     OneShot handler;
     handler.system = m_system.get();
     m_system->RegisterInterfaceEventHandler(handler);
-    m_world->AddCamera("b", "eth0", "22");
+    AddCamera("22");
     ASSERT_TRUE(Eventually([&] { return handler.calls == 1; }));
-    m_world->Unplug(m_fake);
+    Unplug("7");
     ASSERT_TRUE(Eventually([&] { return !camera->IsValid(); }));
     EXPECT_EQ(handler.calls, 1);
 }
 
 TEST_F(DiscoveryTest, HandlesHeldTooLongAreOnlyInvalid) {
-    CameraPtr camera = StartWithCamera();
+    const CameraPtr camera = StartWithCamera();
     camera->Init();
     camera->BeginAcquisition();
     static std::string s_log;
@@ -130,11 +124,10 @@ TEST_F(DiscoveryTest, HandlesHeldTooLongAreOnlyInvalid) {
             s_log += message;
         }
     });
-    m_system.reset();
+    m_system = nullptr;
     SetLogSink(nullptr);
     EXPECT_THAT(s_log, ::testing::HasSubstr("still held: 1"));
-    EXPECT_EQ(m_fake->Devices(), 0) << "the device is closed";
-    EXPECT_EQ(m_fake->Register(kAcquisitionStop), 1);
+    EXPECT_FALSE(m_gates->Device()) << "the device is closed";
     EXPECT_FALSE(camera->IsValid());
     EXPECT_EQ(ErrorOf([&] { camera->Init(); }), Error::NotAvailable);
 }

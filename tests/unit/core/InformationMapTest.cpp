@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 namespace Norvane::Test {
 namespace {
 
@@ -13,12 +15,8 @@ void Count(GenApi::INode*) {
 }
 
 TEST_F(InformationMapTest, DeviceMapShowsTheScan) {
-    m_world->AddInterface("eth0");
-    m_fake = m_world->AddCamera("cam", "eth0", "SN-42");
-    m_fake->record.ipAddress = 0xA9FE0A14;
-    m_fake->record.macAddress = 0x0011223344FF;
-    m_fake->record.speed = "1000";
-    m_fake->record.userName = "Halle 3 \xC3\x84";
+    AddInterface();
+    AddCamera("SN-42", "user-name=Halle 3 \xC3\x84");
     Start();
     const CameraPtr camera = m_system->GetCameras().GetByIndex(0);
     GenApi::INodeMap& map = camera->GetTLDeviceNodeMap();
@@ -28,9 +26,9 @@ TEST_F(InformationMapTest, DeviceMapShowsTheScan) {
     } kCases[] = {{"DeviceID", "SN-42"},
                   {"DeviceSerialNumber", std::to_string(camera->GetDeviceNumber())},
                   {"DeviceVendorName", "Altrona"},
-                  {"DeviceModelName", "Fake"},
+                  {"DeviceModelName", "Duskwing S"},
                   {"DeviceDisplayName", "Halle 3 \xC3\x84"},
-                  {"DeviceInstanceId", "cam"},
+                  {"DeviceInstanceId", "SN-42"},
                   {"DeviceType", "GigEVision"},
                   {"DeviceAccessStatus", "ReadWrite"},
                   {"DeviceCurrentSpeed", "Gigabit"},
@@ -41,9 +39,9 @@ TEST_F(InformationMapTest, DeviceMapShowsTheScan) {
         EXPECT_EQ(TextOf(map, c.node), c.text) << c.node;
     }
     EXPECT_EQ(NumberOf(map, "GevDeviceIPAddress"), 0xA9FE0A14);
-    EXPECT_EQ(NumberOf(map, "GevDeviceMACAddress"), 0x0011223344FF);
     camera->Init();
     EXPECT_EQ(TextOf(map, "DeviceAccessStatus"), "OpenReadWrite");
+    EXPECT_EQ(NumberOf(map, "GevDeviceMACAddress"), NumberOf(camera->GetNodeMap(), "GevMACAddress"));
 }
 
 TEST_F(InformationMapTest, EveryFeatureCanBeRead) {
@@ -67,11 +65,8 @@ TEST_F(InformationMapTest, EveryFeatureCanBeRead) {
 }
 
 TEST_F(InformationMapTest, UsbCamerasHaveNoNetworkFeatures) {
-    m_world->AddInterface("usb0", Transport::Technology::Usb3Vision);
-    m_fake = std::make_shared<FakeCamera>("cam", "usb0", "7");
-    m_fake->record.technology = Transport::Technology::Usb3Vision;
-    m_fake->record.speed = "SuperSpeed";
-    m_world->Plug(m_fake);
+    AddInterface("GigE-0", "type=U3V");
+    AddCamera("7");
     Start();
     const CameraPtr camera = m_system->GetCameras().GetByIndex(0);
     GenApi::INodeMap& map = camera->GetTLDeviceNodeMap();
@@ -86,29 +81,29 @@ TEST_F(InformationMapTest, UsbCamerasHaveNoNetworkFeatures) {
 TEST_F(InformationMapTest, OnlyWhatChangedFiresCallbacks) {
     const CameraPtr camera = StartWithCamera();
     GenApi::INodeMap& map = camera->GetTLDeviceNodeMap();
-    EXPECT_EQ(TextOf(map, "GevDeviceIsWrongSubnet"), "1") << "no address at all fits no network";
-    EXPECT_EQ(TextOf(map, "DeviceModelName"), "Fake");
+    EXPECT_EQ(TextOf(map, "GevDeviceIsWrongSubnet"), "0");
+    EXPECT_EQ(TextOf(map, "DeviceModelName"), "Duskwing S");
     g_calls = 0;
     const auto unchanged = GenApi::Register(map.GetNode("DeviceModelName"), &Count);
-    m_world->Change(m_fake, [](Transport::DeviceRecord& record) { record.ipAddress = 0xA9FE0A15; });
-    ASSERT_TRUE(Eventually([&] { return TextOf(map, "GevDeviceIsWrongSubnet") == "0"; }));
+    Change("7", "address", "10.0.0.1");
+    ASSERT_TRUE(Eventually([&] { return TextOf(map, "GevDeviceIsWrongSubnet") == "1"; }));
     EXPECT_EQ(g_calls, 0);
     const auto changed = GenApi::Register(map.GetNode("GevDeviceIPAddress"), &Count);
-    m_world->Change(m_fake, [](Transport::DeviceRecord& record) { record.ipAddress = 0x0A000001; });
+    Change("7", "address", "169.254.10.21");
     EXPECT_TRUE(Eventually([&] { return g_calls == 1; }));
-    EXPECT_EQ(TextOf(map, "GevDeviceIsWrongSubnet"), "1");
+    EXPECT_EQ(TextOf(map, "GevDeviceIsWrongSubnet"), "0");
     GenApi::Deregister(unchanged);
     GenApi::Deregister(changed);
 }
 
 TEST_F(InformationMapTest, InterfaceMapSelectsItsCameras) {
-    m_world->AddInterface("eth0");
-    m_world->AddCamera("a", "eth0", "11");
-    const auto second = m_world->AddCamera("b", "eth0", "22");
+    AddInterface("GigE-0", "name=Adapter");
+    AddCamera("11");
+    AddCamera("22");
     Start();
     const InterfacePtr interface = m_system->GetInterfaces().GetByIndex(0);
     GenApi::INodeMap& map = interface->GetTLNodeMap();
-    EXPECT_EQ(TextOf(map, "InterfaceDisplayName"), "Fake eth0");
+    EXPECT_EQ(TextOf(map, "InterfaceDisplayName"), "Adapter");
     EXPECT_EQ(TextOf(map, "InterfaceType"), "GigEVision");
     EXPECT_EQ(NumberOf(map, "DeviceCount"), 2);
     EXPECT_EQ(TextOf(map, "DeviceID"), "11");
@@ -116,24 +111,29 @@ TEST_F(InformationMapTest, InterfaceMapSelectsItsCameras) {
     selector->SetValue(1);
     EXPECT_EQ(TextOf(map, "DeviceSerialNumber"), "22");
     EXPECT_EQ(ErrorOf([&] { selector->SetValue(2); }), Error::GenApiOutOfRange);
-    m_world->Unplug(second);
+    Unplug("22");
     ASSERT_TRUE(Eventually([&] { return NumberOf(map, "DeviceCount") == 1; }));
     EXPECT_EQ(TextOf(map, "DeviceID"), "11") << "the selection falls back to a camera that is there";
 }
 
 TEST_F(InformationMapTest, ForcingAnAddressRunsInTheBackground) {
-    const CameraPtr camera = StartWithCamera();
+    AddInterface();
+    AddCamera("7", "address=10.1.2.3");
+    Start();
+    GenApi::INodeMap& device = m_system->GetCameras().GetByIndex(0)->GetTLDeviceNodeMap();
+    EXPECT_EQ(TextOf(device, "GevDeviceIsWrongSubnet"), "1");
     const InterfacePtr interface = m_system->GetInterfaces().GetByIndex(0);
-    m_world->forcing.Close();
-    const GenApi::CCommandPtr ofCamera = camera->GetTLDeviceNodeMap().GetNode("GevDeviceAutoForceIP");
+    m_gates->forcing.Close();
+    const GenApi::CCommandPtr ofCamera = device.GetNode("GevDeviceAutoForceIP");
     const GenApi::CCommandPtr ofInterface = interface->GetTLNodeMap().GetNode("GevDeviceAutoForceIP");
-    ofCamera->Execute();
-    EXPECT_FALSE(ofCamera->IsDone());
-    ofInterface->Execute();
-    EXPECT_FALSE(ofInterface->IsDone());
-    m_world->forcing.Open();
+    for (const GenApi::CCommandPtr& force : {ofCamera, ofInterface}) {
+        force->Execute();
+        EXPECT_FALSE(force->IsDone());
+    }
+    EXPECT_TRUE(Eventually([&] { return m_gates->forcing.Waiting() == 2; }));
+    m_gates->forcing.Open();
     EXPECT_TRUE(Eventually([&] { return ofCamera->IsDone() && ofInterface->IsDone(); }));
-    EXPECT_EQ(m_world->forcedIps, 2);
+    EXPECT_TRUE(Eventually([&] { return TextOf(device, "GevDeviceIsWrongSubnet") == "0"; }));
 }
 
 } // namespace
