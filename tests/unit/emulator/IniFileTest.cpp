@@ -44,15 +44,6 @@ TEST(Settings, AnyTextNamesACamera) {
     }
 }
 
-TEST(Settings, MissingKeysHaveDefaults) {
-    const Read read("[camera 1]\n");
-    ASSERT_EQ(read.settings.interfaces.size(), 1U);
-    ASSERT_EQ(read.settings.cameras.size(), 1U);
-    EXPECT_EQ(read.settings.cameras[0].interfaceId, read.settings.interfaces[0].id);
-    EXPECT_EQ(read.settings.cameras[0].width, 2448U);
-    EXPECT_EQ(read.settings.cameras[0].pixelFormat, "BayerRG8");
-}
-
 TEST(Settings, EachFaultIsOneProblemWithItsLineAndTheRestIsUsed) {
     struct Case {
         const char* line;
@@ -98,22 +89,6 @@ TEST(Settings, EachFaultIsOneProblemWithItsLineAndTheRestIsUsed) {
     ASSERT_EQ(lost.problems.size(), 1U);
     EXPECT_THAT(lost.problems[0].text, HasSubstr("\"J\""));
     EXPECT_EQ(lost.settings.cameras.size(), 1U);
-}
-
-TEST(Settings, AFileCutAnywhereNeverTurnsBad) {
-    const std::string whole = "[interface I]\ntype = U3V\n[camera é]\nmodel = \"a b\"\nframe-rate = 12.5 ; "
-                              "fast\n[camera 2]\nwidth = 640\n";
-    for (std::size_t length = 0; length <= whole.size(); ++length) {
-        const Read read(whole.substr(0, length));
-        EXPECT_LE(read.problems.size(), 1U) << length;
-        EXPECT_LE(read.settings.cameras.size(), 2U);
-    }
-}
-
-TEST(Settings, RelativeDescriptionsStandBesideTheFile) {
-    const Read read("[camera 1]\ndescription = a/b.xml\n[camera 2]\ndescription = /c.zip\n");
-    EXPECT_EQ(read.settings.cameras[0].descriptionPath, "/folder/a/b.xml");
-    EXPECT_EQ(read.settings.cameras[1].descriptionPath, "/c.zip");
 }
 
 } // namespace

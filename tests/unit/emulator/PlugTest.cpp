@@ -15,32 +15,6 @@ constexpr const char* kHeader =
 
 class PlugTest : public EmulatorFixture {};
 
-TEST_F(PlugTest, LeavingInMidStreamFailsAccessesWakesTheStreamAndTellsOnce) {
-    Start(std::string(kHeader) + "[camera 1]\nwidth=64\nheight=64\nframe-rate=0.1\n");
-    const auto device = Open();
-    const auto map = Map(device);
-    std::atomic<int> lost{0};
-    device->SetLostHandler([&] { ++lost; });
-    const auto stream = device->OpenStream({});
-    Execute(*map, "AcquisitionStart");
-    ASSERT_TRUE(stream->Pop(10000));
-    Write(kHeader);
-    EXPECT_FALSE(stream->Pop(60000));
-    EXPECT_TRUE(Eventually([&] { return lost == 1; }));
-    EXPECT_FALSE(device->IsAlive());
-    std::uint32_t word = 0;
-    EXPECT_THROW(device->Read(&word, 0x10000, 4), Exception);
-    EXPECT_THROW(device->OpenStream({}), Exception);
-    EXPECT_THROW(Open(), Exception);
-    EXPECT_FALSE(Find("1"));
-    // The same camera again is another one for those who held the old.
-    Write(std::string(kHeader) + "[camera 1]\n");
-    EXPECT_TRUE(Eventually([&] { return Find("1").has_value(); }));
-    EXPECT_FALSE(device->IsAlive());
-    EXPECT_TRUE(Open()->IsAlive());
-    EXPECT_EQ(lost, 1);
-}
-
 TEST_F(PlugTest, AHandlerThatComesTooLateIsStillCalled) {
     Start(std::string(kHeader) + "[camera 1]\n");
     const auto device = Open();
@@ -68,31 +42,6 @@ TEST_F(PlugTest, AWaitForASlowRegisterEndsWhenTheCameraLeaves) {
     Write(kHeader);
     EXPECT_TRUE(Eventually([&] { return failed.load(); }));
     reader.join();
-}
-
-TEST_F(PlugTest, RecordsFollowTheFile) {
-    Start(std::string(kHeader) +
-          "[camera 1]\naddress=10.1.0.7\n[camera 2]\n[camera 3]\ninterface=U\naccess=RO\n");
-    auto first = Find("1"), second = Find("2"), third = Find("3");
-    ASSERT_TRUE(first && second && third);
-    EXPECT_EQ(first->ipAddress, 0x0A010007U);
-    EXPECT_EQ(second->ipAddress & 0xFFFF0000, 0x0A010000U);
-    EXPECT_NE(second->ipAddress, first->ipAddress);
-    EXPECT_EQ(first->subnetMask, 0xFFFF0000U);
-    EXPECT_EQ(third->ipAddress, 0U);
-    EXPECT_EQ(third->technology, Technology::Usb3Vision);
-    EXPECT_EQ(third->access, Access::ReadOnly);
-    const auto device = Open("1");
-    Write(std::string(kHeader) + "[camera 1]\naddress=10.1.0.8\nunusable=true\naccess=RO\nmodel=Größe\n");
-    EXPECT_TRUE(Eventually([&] { return Find("1")->unusable; }));
-    first = Find("1");
-    EXPECT_EQ(first->ipAddress, 0x0A010008U);
-    EXPECT_EQ(first->access, Access::ReadOnly);
-    EXPECT_EQ(first->model, "Größe");
-    EXPECT_TRUE(device->IsAlive());
-    EXPECT_EQ(device->CurrentAccess(), Access::ReadOnly);
-    EXPECT_EQ(Text(*Map(device), "DeviceModelName"), "Größe");
-    EXPECT_FALSE(Find("2"));
 }
 
 TEST_F(PlugTest, AnInterfaceThatCannotBeUsedHidesItsCameras) {
