@@ -57,15 +57,6 @@ TEST(Image, BilinearOfASmallMosaicByHand) {
                 ElementsAre(10, 10, 10, 20, 20, 20, 30, 30, 30, 40, 40, 40));
 }
 
-TEST(Image, DepthIsScaledToTheTargetsRange) {
-    std::uint16_t words[] = {0, 0x0FFF, 0x0800, 0x0F0F};
-    const ImagePtr deep = Image::Create(4, 1, 0, 0, PixelFormat_Mono12, words);
-    EXPECT_THAT(Bytes(deep->Convert(PixelFormat_Mono8)), ElementsAre(0, 255, 128, 240));
-    const ImagePtr full = deep->Convert(PixelFormat_Mono16);
-    const auto* values = static_cast<const std::uint16_t*>(full->GetData());
-    EXPECT_THAT(std::vector<int>(values, values + 4), ElementsAre(0, 0xFFFF, 0x8008, 0xF0FF));
-}
-
 TEST(Image, ReleaseGivesTheBufferBackOnceAndKeepsIdentity) {
     std::vector<std::uint8_t> pixels(12);
     int returned = 0;

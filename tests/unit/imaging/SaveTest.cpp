@@ -322,17 +322,12 @@ TEST_F(SaveTest, LosslessFormatsGiveThePixelsBack) {
             ExpectSame(ReadTiff(Path("a.tiff")), original, deep ? 65535 : 255);
         }
         for (const bool binary : {false, true}) {
-            if (original.channels == 1) {
-                PGMOption option;
+            const auto save = [&](auto option, const std::string& path) {
                 option.binaryFile = binary;
-                original.image->Save(Path("a.pgm").c_str(), option);
-                ExpectSame(ReadPnm(Path("a.pgm")), original, (1U << original.bits) - 1);
-            } else {
-                PPMOption option;
-                option.binaryFile = binary;
-                original.image->Save(Path("a.ppm").c_str(), option);
-                ExpectSame(ReadPnm(Path("a.ppm")), original, (1U << original.bits) - 1);
-            }
+                original.image->Save(path.c_str(), option);
+                ExpectSame(ReadPnm(path), original, (1U << original.bits) - 1);
+            };
+            original.channels == 1 ? save(PGMOption(), Path("a.pgm")) : save(PPMOption(), Path("a.ppm"));
         }
         BMPOption indexed;
         indexed.indexedColor_8bit = true;

