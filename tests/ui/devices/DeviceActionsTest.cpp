@@ -101,21 +101,6 @@ TEST_F(DeviceActionsTest, NoticesComeOncePerFamilyByModelName) {
     }
 }
 
-TEST_F(DeviceActionsTest, NoticeTextsAreTheProductsOwn) {
-    auto interface = m_system->Add("eth0", "Adapter");
-    interface->Add({1, "TRS-10G"});
-    interface->Add({2, "EML-DL"});
-    Show();
-    ASSERT_EQ(Notices().size(), 2);
-    EXPECT_TRUE(Notices()[0]->findChild<QLabel*>()->text().startsWith(
-        "Streaming from an Tarsel camera requires specific host system configuration, cabling and camera "
-        "settings.<br>            For 10GigE best practices, refer to our white paper article:<br><br>"
-        "             <a href=\""));
-    EXPECT_TRUE(Notices()[1]->findChild<QLabel*>()->text().startsWith(
-        "See the Emberlyn Deep Learning Resources page for links to relevant documentation and software."
-        "<br><br>             <a href=\""));
-}
-
 TEST_F(DeviceActionsTest, NoticeWaitsUntilTheListIsSeen) {
     m_system->Add("eth0", "Adapter")->Add({1, "TRS-10G"});
     Show(false);

@@ -159,16 +159,6 @@ TEST_F(DeviceListTest, ReturnKeyDoesWhatAClickDoes) {
     EXPECT_EQ(cameraUpdated[0][0].value<Norvane::CameraPtr>(), HandleOf(m_camera));
 }
 
-TEST_F(DeviceListTest, DisconnectAsksForTheSelectedCameraOnce) {
-    Show();
-    const QSignalSpy disconnect(m_list.get(), &wDeviceList::notifyDisconnectDevice);
-    Click(Row(0, 0));
-    QTest::mouseClick(Button("actionDisconnectDevice"), Qt::LeftButton);
-    QTest::mouseClick(Button("actionDisconnectDevice"), Qt::LeftButton);
-    ASSERT_EQ(disconnect.count(), 1);
-    EXPECT_EQ(disconnect[0][0].value<Norvane::CameraPtr>(), HandleOf(m_camera));
-}
-
 TEST_F(DeviceListTest, SelectionOutlivesARefreshOnlyWithItsInterface) {
     Show();
     const QSignalSpy nothing(m_list.get(), &wDeviceList::NothingSelected);
@@ -188,16 +178,6 @@ TEST_F(DeviceListTest, SelectionOutlivesARefreshOnlyWithItsInterface) {
     EXPECT_GE(nothing.count(), 2);
     EXPECT_FALSE(Button("actionShowProperties")->isEnabled());
     EXPECT_EQ(TopLevelNames(), (QStringList{"Empty Adapter", "Host Controller"}));
-}
-
-TEST_F(DeviceListTest, RemovalOfAnotherInterfaceKeepsTheSelection) {
-    Show();
-    Click(Row(0));
-    const QSignalSpy nothing(m_list.get(), &wDeviceList::NothingSelected);
-    m_system->interfaces.pop_back();
-    m_list->OnInterfaceRemoval("usb-0");
-    EXPECT_EQ(nothing.count(), 0);
-    EXPECT_EQ(CurrentRow()[0], "First Adapter");
 }
 
 TEST_F(DeviceListTest, SelectByHandleActsAsAClickAndIgnoresWhatHasNoRow) {
@@ -228,27 +208,6 @@ TEST_F(DeviceListTest, RefreshInsideASelectionIsSafe) {
     Click(Row(0));
     ASSERT_EQ(display.count(), 1);
     EXPECT_EQ(display[0][1].value<Norvane::CameraPtr>(), HandleOf(m_second));
-}
-
-TEST_F(DeviceListTest, ManyCamerasAllGetARow) {
-    for (int i = 0; i < 64; ++i) {
-        m_empty->Add({1000 + i});
-    }
-    Show();
-    EXPECT_EQ(Row(1)->childCount(), 64);
-    EXPECT_EQ(Row(1, 63)->text(1), "1063");
-}
-
-TEST_F(DeviceListTest, ProgressPageReplacesTheListAndGivesItBack) {
-    Show();
-    QWidget* page = m_list->findChild<QWidget*>("wProgressBar");
-    ASSERT_NE(page, nullptr);
-    m_list->ToggleProgressBarView(true);
-    EXPECT_TRUE(page->isVisible());
-    EXPECT_FALSE(m_tree->isVisible());
-    m_list->ToggleProgressBarView(false);
-    EXPECT_FALSE(page->isVisible());
-    EXPECT_TRUE(m_tree->isVisible());
 }
 
 } // namespace

@@ -31,18 +31,10 @@ TEST_F(FeatureSearchTest, MatchesNamesAndShownNamesInAnyCase) {
     EXPECT_EQ(found("offset"), QStringList({"Image Offset X=3"}));
     EXPECT_EQ(found("^width$"), QStringList({"Width=0", "Width=0"})) << "one row a node map";
     EXPECT_EQ(found("^(Lost|Height)$"), QStringList({"Height=0", "Lost=0"}));
-    EXPECT_EQ(found("nothing like that"), QStringList());
-}
-
-TEST_F(FeatureSearchTest, BlanksAndCommentsInThePatternDoNotCount) {
-    EXPECT_EQ(found("width max"), QStringList({"WidthMax=0"}));
-    EXPECT_EQ(found("widthmax # the largest"), QStringList({"WidthMax=0"}));
-}
-
-TEST_F(FeatureSearchTest, CategoriesAndHeadersGiveNoRow) {
-    EXPECT_EQ(found("Control"), QStringList());
-    EXPECT_EQ(found("^Lower$"), QStringList());
-    EXPECT_EQ(found("Stream"), QStringList());
+    EXPECT_EQ(found("width max # the largest"), QStringList({"WidthMax=0"})) << "blanks and comments";
+    for (const char* unmatched : {"nothing like that", "Control", "^Lower$", "Stream"}) {
+        EXPECT_EQ(found(unmatched), QStringList()) << unmatched << " is no feature";
+    }
 }
 
 TEST_F(FeatureSearchTest, AnInvalidPatternDisablesTheViewUntilItIsMended) {

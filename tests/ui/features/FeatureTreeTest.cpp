@@ -345,16 +345,4 @@ TEST_F(FeatureTreeTest, AClickDescribesAndADoubleClickInforms) {
     EXPECT_EQ(m_tree->findChildren<wPrmDialog*>().size(), 1) << "and the node's information";
 }
 
-TEST_F(FeatureTreeTest, EveryButtonHasAName) {
-    for (const QToolButton* button : m_tree->findChildren<QToolButton*>()) {
-        if (!button->objectName().startsWith("action")) {
-            continue;
-        }
-        EXPECT_FALSE(button->toolTip().isEmpty()) << button->objectName().toStdString();
-        EXPECT_FALSE(button->accessibleName().isEmpty()) << button->objectName().toStdString();
-    }
-    EXPECT_FALSE(searchBox()->accessibleName().isEmpty());
-    EXPECT_EQ(searchBox()->window(), m_tree.get()) << "the tool bar stands in the panel";
-}
-
 } // namespace

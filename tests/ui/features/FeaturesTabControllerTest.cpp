@@ -136,20 +136,4 @@ TEST_F(FeaturesTabControllerTest, ShowsNoFeaturesOfACameraThatCannotBeWorkedWith
     expectEmpty(Norvane::CameraPtr(), "Features", "no camera");
 }
 
-TEST_F(FeaturesTabControllerTest, OpensTheCamera) {
-    auto camera = std::make_shared<TestCamera>(kFeatures, kIdentity, "");
-    camera->initialized = false;
-    m_controller.OnCameraUpdated(Norvane::CameraPtr(camera));
-    EXPECT_TRUE(camera->initialized);
-    EXPECT_GT(treeRows(), 0);
-}
-
-TEST(FeaturesTabController, DoesWithoutFileAccess) {
-    wFeaturesTabController controller(nullptr, {});
-    controller.Initialize();
-    controller.OnCameraUpdated(makeCamera(true));
-    EXPECT_EQ(controller.GetWidget(1), nullptr);
-    EXPECT_EQ(controller.findChild<QTabWidget*>()->count(), 1);
-}
-
 } // namespace

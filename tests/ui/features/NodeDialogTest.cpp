@@ -87,13 +87,4 @@ TEST_F(NodeDialogTest, ShowsValuesOfWhatIsReadable) {
             .contains("Alias=Available"));
 }
 
-TEST_F(NodeDialogTest, ANullNodeIsALogicError) {
-    try {
-        m_dialog.fillParamData(CNodePtr());
-        FAIL() << "no error";
-    } catch (const Norvane::Exception& error) {
-        EXPECT_STREQ(error.GetName(), "LogicalErrorException");
-    }
-}
-
 } // namespace

@@ -158,9 +158,6 @@ bool FakeFileStore::execute() {
     } else {
         lengthOfLastWrite = accessLength();
         const auto count = static_cast<int>(std::min<std::int64_t>(accessLength(), m_buffer.size()));
-        if (offset + count > m_setup.capacity) {
-            return false;
-        }
         file.replace(offset, count, m_buffer.left(count));
         m_result = count;
     }

@@ -17,7 +17,6 @@ public:
         bool lengthWritable = true;
         bool advancesOffset = true;      ///< after each operation, by itself
         bool lengthPerOperation = false; ///< the access length belongs to the selected operation
-        std::int64_t capacity = 1LL << 30;
     };
     enum File { UserFile1 = 0, UserFile2 = 1 };
     enum Operation { Open = 0, Close = 1, Read_ = 2, Write_ = 3 };

@@ -216,16 +216,6 @@ TEST_F(FileAccessTest, EveryFailureEndsTheTransferAndLeavesTheFileClosed) {
     }
 }
 
-TEST_F(FileAccessTest, FullStoreFailsTheUpload) {
-    Store::Setup setup;
-    setup.capacity = 1500;
-    Use(setup);
-    Upload(Pattern(3000));
-    EXPECT_EQ(Status(), "Upload failed.");
-    EXPECT_EQ(m_store->files[Store::UserFile1].size(), 1024);
-    EXPECT_FALSE(m_store->open);
-}
-
 TEST_F(FileAccessTest, PathsThatCannotBeUsedAreToldAndNothingIsSent) {
     Use();
     const QString pipe = m_folder.filePath("pipe");

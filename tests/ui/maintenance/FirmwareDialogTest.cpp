@@ -101,15 +101,6 @@ TEST_F(FirmwareDialogTest, ShowsTheCamerasIdentity) {
     EXPECT_EQ(Row(), (QStringList{"", "", "", ""}));
 }
 
-TEST_F(FirmwareDialogTest, WithoutAFileItAsksForOneAndStays) {
-    Open({21034567});
-    Press(Ok(), QMessageBox::Ok);
-    EXPECT_EQ(m_boxTitle, "No firmware file selected!");
-    EXPECT_EQ(m_boxText, "Please select a firmware file before proceeding.");
-    EXPECT_TRUE(m_dialog.isVisible());
-    EXPECT_EQ(m_update.count(), 0);
-}
-
 TEST_F(FirmwareDialogTest, OnlyYesStartsTheUpdate) {
     Open({21034567});
     ChooseFile();

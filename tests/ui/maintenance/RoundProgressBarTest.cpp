@@ -77,17 +77,6 @@ TEST(RoundProgressBarTest, EveryStyleAtEverySizeShowsTheShare) {
     }
 }
 
-TEST(RoundProgressBarTest, MinimumDrawsNoSector) {
-    Bar bar;
-    bar.setRange(100, 0);
-    EXPECT_EQ(bar.minimum(), 0.0);
-    EXPECT_EQ(bar.maximum(), 100.0);
-    bar.setValue(0);
-    for (int degrees = 5; degrees < 360; degrees += 10) {
-        EXPECT_EQ(bar.At(degrees, 0.87), kDisc) << degrees;
-    }
-}
-
 TEST(RoundProgressBarTest, ValuesStayInTheRange) {
     Bar bar;
     bar.setValue(1000);
@@ -137,13 +126,6 @@ TEST(RoundProgressBarTest, DataColoursRunClockwiseFromTheStart) {
         bar.setNullPosition(270);
         EXPECT_GT(bar.At(210, 0.9).red(), 200) << style;
     }
-}
-
-TEST(RoundProgressBarTest, AsksForASquare) {
-    const QRoundProgressBar bar;
-    EXPECT_EQ(bar.minimumSizeHint(), QSize(32, 32));
-    EXPECT_TRUE(bar.hasHeightForWidth());
-    EXPECT_EQ(bar.heightForWidth(77), 77);
 }
 
 } // namespace
