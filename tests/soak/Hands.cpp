@@ -30,18 +30,22 @@
 using namespace Norvane::GenApi;
 
 const std::vector<Hands::Action> Hands::kActions{
-    {"cameras changed", 12, &Hands::ChangeCameras},
-    {"list refreshed", 8, &Hands::RefreshList},
-    {"camera opened", 14, &Hands::OpenCamera},
-    {"stream by double click", 8, &Hands::StreamByDoubleClick},
-    {"interface selected", 2, &Hands::SelectInterface},
+    {"cameras changed", 12, [](Hands& h) { return h.m_stock.Change(), true; }},
+    {"list refreshed", 8,
+     [](Hands& h) { return h.Press(h.m_list, h.m_random.OneIn(6) ? "actionAdapters" : "actionRefresh"); }},
+    {"camera opened", 14, [](Hands& h) { return h.ClickRow(h.Row(true), false); }},
+    {"stream by double click", 8, [](Hands& h) { return h.ClickRow(h.Row(true), true); }},
+    {"interface selected", 2, [](Hands& h) { return h.ClickRow(h.Row(false), false); }},
     {"device list menu", 1, &Hands::DeviceListMenu},
-    {"camera disconnected", 2, &Hands::Disconnect},
-    {"properties shown", 2, &Hands::ShowProperties},
-    {"firmware dialog shown", 1, &Hands::ShowFirmware},
+    {"camera disconnected", 2, [](Hands& h) { return h.Press(h.m_list, "actionDisconnectDevice"); }},
+    {"properties shown", 2,
+     [](Hands& h) {
+         return h.Press(h.m_list, h.m_random.OneIn(2) ? "actionShowProperties" : "actionCopyToClipboard");
+     }},
+    {"firmware dialog shown", 1, [](Hands& h) { return h.Press(h.m_list, "actionUpdateFirmware"); }},
     {"display button pressed", 12, &Hands::PressDisplayButton},
-    {"still saved", 4, &Hands::SaveStill},
-    {"single image asked for", 3, &Hands::GrabSingle},
+    {"still saved", 4, [](Hands& h) { return h.Press(h.AnyDisplay(), "actionSave"); }},
+    {"single image asked for", 3, [](Hands& h) { return h.Press(h.AnyDisplay(), "actionSingleImage"); }},
     {"recording started", 6, &Hands::StartRecording},
     {"recording stopped", 4, &Hands::StopRecording},
     {"display menu used", 6, &Hands::DisplayMenu},
@@ -110,7 +114,7 @@ void Hands::ActOnce(const std::function<void(const char*)>& announce) {
         roll -= action.weight;
         if (roll < 0) {
             announce(action.name);
-            if ((this->*action.act)()) {
+            if (action.act(*this)) {
                 ++m_counts[action.name];
             }
             return;
@@ -132,11 +136,7 @@ void Hands::OpenAll() {
     Press(m_list, "actionRefresh");
     for (int i = 0; i < m_tree->topLevelItemCount(); ++i) {
         for (int j = 0; j < m_tree->topLevelItem(i)->childCount(); ++j) {
-            const QTreeWidgetItem* row = m_tree->topLevelItem(i)->child(j);
-            m_tree->scrollToItem(row);
-            const QPoint place = m_tree->visualItemRect(row).center();
-            QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, {}, place);
-            QTest::mouseDClick(m_tree->viewport(), Qt::LeftButton, {}, place);
+            ClickRow(m_tree->topLevelItem(i)->child(j), true);
         }
     }
 }
@@ -146,15 +146,6 @@ bool Hands::CloseOne() {
 }
 
 // --- device list
-
-bool Hands::ChangeCameras() {
-    m_stock.Change();
-    return true;
-}
-
-bool Hands::RefreshList() {
-    return Press(m_list, m_random.OneIn(6) ? "actionAdapters" : "actionRefresh");
-}
 
 QTreeWidgetItem* Hands::Row(bool camera) {
     std::vector<QTreeWidgetItem*> rows;
@@ -175,30 +166,15 @@ QTreeWidgetItem* Hands::Row(bool camera) {
     return row;
 }
 
-bool Hands::OpenCamera() {
-    const QTreeWidgetItem* row = Row(true);
+bool Hands::ClickRow(const QTreeWidgetItem* row, bool twice) {
     if (row) {
-        QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, {}, m_tree->visualItemRect(row).center());
-    }
-    return row;
-}
-
-bool Hands::StreamByDoubleClick() {
-    const QTreeWidgetItem* row = Row(true);
-    if (!row) {
-        return false;
-    }
-    // The first click may refresh the list, and the row with it.
-    const QPoint place = m_tree->visualItemRect(row).center();
-    QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, {}, place);
-    QTest::mouseDClick(m_tree->viewport(), Qt::LeftButton, {}, place);
-    return true;
-}
-
-bool Hands::SelectInterface() {
-    const QTreeWidgetItem* row = Row(false);
-    if (row) {
-        QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, {}, m_tree->visualItemRect(row).center());
+        m_tree->scrollToItem(row);
+        // The first click may refresh the list, and the row with it.
+        const QPoint place = m_tree->visualItemRect(row).center();
+        QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, {}, place);
+        if (twice) {
+            QTest::mouseDClick(m_tree->viewport(), Qt::LeftButton, {}, place);
+        }
     }
     return row;
 }
@@ -213,20 +189,8 @@ bool Hands::DeviceListMenu() {
     return row;
 }
 
-bool Hands::Disconnect() {
-    return Press(m_list, "actionDisconnectDevice");
-}
-
-bool Hands::ShowProperties() {
-    return Press(m_list, m_random.OneIn(2) ? "actionShowProperties" : "actionCopyToClipboard");
-}
-
-bool Hands::ShowFirmware() {
-    return Press(m_list, "actionUpdateFirmware");
-}
-
 bool Hands::Press(QWidget* parent, const char* button) {
-    return press(parent->findChild<QToolButton*>(button));
+    return parent && press(parent->findChild<QToolButton*>(button));
 }
 
 // --- displays
@@ -240,18 +204,7 @@ bool Hands::PressDisplayButton() {
     constexpr std::array kButtons{"actionStartStream", "actionStartStream", "actionStartStream",
                                   "actionStopStream",  "actionZoomIn",      "actionZoomOut",
                                   "actionImCopy"};
-    wImageDisplay* display = AnyDisplay();
-    return display && Press(display, m_random.Pick(kButtons));
-}
-
-bool Hands::SaveStill() {
-    wImageDisplay* display = AnyDisplay();
-    return display && Press(display, "actionSave");
-}
-
-bool Hands::GrabSingle() {
-    wImageDisplay* display = AnyDisplay();
-    return display && Press(display, "actionSingleImage");
+    return Press(AnyDisplay(), m_random.Pick(kButtons));
 }
 
 bool Hands::StartRecording() {

@@ -43,22 +43,12 @@ private:
     struct Action {
         const char* name;
         int weight;
-        bool (Hands::*act)(); ///< returns false when there was nothing to do it with
+        std::function<bool(Hands&)> act; ///< returns false when there was nothing to do it with
     };
     static const std::vector<Action> kActions;
 
-    bool ChangeCameras();
-    bool RefreshList();
-    bool OpenCamera();
-    bool StreamByDoubleClick();
-    bool SelectInterface();
     bool DeviceListMenu();
-    bool Disconnect();
-    bool ShowProperties();
-    bool ShowFirmware();
     bool PressDisplayButton();
-    bool SaveStill();
-    bool GrabSingle();
     bool StartRecording();
     bool StopRecording();
     bool DisplayMenu();
@@ -78,6 +68,7 @@ private:
 
     bool Press(QWidget* parent, const char* button);
     QTreeWidgetItem* Row(bool camera);
+    bool ClickRow(const QTreeWidgetItem* row, bool twice);
     wImageDisplay* AnyDisplay();
     QModelIndex AnyFeature();
     void ShowTab(int index);
