@@ -159,7 +159,7 @@ protected:
         m_hands->Enter("editBox_Filename", m_folder.path());
     }
     QStringList Files(const QString& filter) const {
-        return QDir(m_folder.path()).entryList({filter}, QDir::Files);
+        return QDir(m_folder.path()).entryList({filter}, QDir::Files | QDir::Hidden);
     }
 
     QTemporaryDir m_folder;
@@ -180,7 +180,7 @@ TEST_F(DisplayRecordingTest, RecordsStillsFromTheStream) {
     EXPECT_SOON(m_hands->Count("label_SavedImages") == "5");
     EXPECT_EQ(m_hands->Count("label_BufferedImages"), "5");
     EXPECT_EQ(m_hands->Count("label_RemainingImages"), "0");
-    EXPECT_EQ(Files("*.png").size(), 5);
+    EXPECT_EQ(Files("*").size(), 5) << "nothing unfinished is left";
     for (const QString& file : Files("*.png")) {
         EXPECT_EQ(QImage(m_folder.path() + "/" + file).size(), QSize(640, 480)) << file.toStdString();
     }

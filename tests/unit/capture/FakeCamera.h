@@ -1,78 +1,29 @@
 #pragma once
 
+#include "imaging/ImageFactory.h"
 #include "norvane/Camera.h"
 #include "norvane/genapi/NodeMapFactory.h"
 
 #include <condition_variable>
-#include <cstring>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
-/// An image with a given identity; its pixels are the frame ID's low byte.
-class FakeImage : public Norvane::IImage {
-public:
-    std::uint64_t frameId = 1;
-    std::uint64_t timeStamp = 1;
-    bool incomplete = false;
-    std::vector<std::uint8_t> pixels = std::vector<std::uint8_t>(16 * 8);
-    bool released = false;
-
-    static Norvane::ImagePtr Make(std::uint64_t frameId, std::uint64_t timeStamp = 1,
-                                  bool incomplete = false) {
-        auto image = std::make_shared<FakeImage>();
-        image->frameId = frameId;
-        image->timeStamp = timeStamp;
-        image->incomplete = incomplete;
-        std::memset(image->pixels.data(), static_cast<int>(frameId & 0xFF), image->pixels.size());
-        return Norvane::ImagePtr(std::move(image));
-    }
-
-    std::size_t GetWidth() const noexcept override { return 16; }
-    std::size_t GetHeight() const noexcept override { return 8; }
-    std::size_t GetXOffset() const noexcept override { return 0; }
-    std::size_t GetYOffset() const noexcept override { return 0; }
-    Norvane::PixelFormatEnums GetPixelFormat() const noexcept override { return Norvane::PixelFormat_Mono8; }
-    const char* GetPixelFormatName() const noexcept override { return "Mono8"; }
-    std::size_t GetBitsPerPixel() const noexcept override { return 8; }
-    std::size_t GetStride() const noexcept override { return 16; }
-    std::size_t GetImageSize() const noexcept override { return pixels.size(); }
-    std::uint64_t GetFrameID() const noexcept override { return frameId; }
-    std::uint64_t GetTimeStamp() const noexcept override { return timeStamp; }
-    bool IsIncomplete() const noexcept override { return incomplete; }
-    Norvane::ImageStatus GetImageStatus() const noexcept override {
-        return incomplete ? Norvane::IMAGE_MISSING_PACKETS : Norvane::IMAGE_NO_ERROR;
-    }
-    void* GetData() const noexcept override { return const_cast<std::uint8_t*>(pixels.data()); }
-    Norvane::ChunkData GetChunkData() const override { return {}; }
-    void Release() override { released = true; }
-    bool IsReleased() const noexcept override { return released; }
-    void DeepCopy(const Norvane::ImagePtr&) override {}
-    Norvane::ImagePtr Convert(Norvane::PixelFormatEnums, Norvane::ColorProcessingAlgorithm) const override {
-        return Make(frameId, timeStamp, incomplete);
-    }
-    void Convert(const Norvane::ImagePtr&, Norvane::ColorProcessingAlgorithm) const override {}
-    void Save(const char* fileName, Norvane::ImageFileFormat) const override { Write(fileName); }
-    void Save(const char* fileName, const Norvane::PNGOption&) const override { Write(fileName); }
-    void Save(const char* fileName, const Norvane::BMPOption&) const override { Write(fileName); }
-    void Save(const char* fileName, const Norvane::PGMOption&) const override { Write(fileName); }
-    void Save(const char* fileName, const Norvane::PPMOption&) const override { Write(fileName); }
-    void Save(const char* fileName, const Norvane::JPEGOption&) const override { Write(fileName); }
-    void Save(const char* fileName, const Norvane::JPG2Option&) const override { Write(fileName); }
-    void Save(const char* fileName, const Norvane::TIFFOption&) const override { Write(fileName); }
-
-private:
-    void Write(const char* fileName) const {
-        FILE* file = std::fopen(fileName, "wb");
-        if (!file) {
-            throw Norvane::Exception(Norvane::Error::Io, std::string(fileName) + ": " + std::strerror(errno));
-        }
-        std::fwrite(pixels.data(), 1, pixels.size(), file);
-        std::fclose(file);
-    }
-};
+/// An image of 16 x 8 pixels, which are the frame ID's low byte.
+inline Norvane::ImagePtr TestImage(std::uint64_t frameId, std::uint64_t timeStamp = 1,
+                                   bool incomplete = false) {
+    Norvane::Imaging::ImageLayout layout;
+    layout.format = Norvane::PixelFormat_Mono8;
+    layout.width = 16;
+    layout.height = 8;
+    layout.frameId = frameId;
+    layout.timestampNs = timeStamp;
+    layout.status = incomplete ? Norvane::IMAGE_MISSING_PACKETS : Norvane::IMAGE_NO_ERROR;
+    auto pixels = std::make_shared<std::vector<std::uint8_t>>(16 * 8, static_cast<std::uint8_t>(frameId));
+    return Norvane::Imaging::MakeImage(layout, pixels->data(), pixels->size(), pixels);
+}
 
 /// A camera whose images a test hands out, on the test's own thread.
 class FakeCamera : public Norvane::Camera {
@@ -90,7 +41,6 @@ public:
                 nodes + R"(<Port Name="Device"/></RegisterDescription>)",
             Norvane::GenApi::CreateMemoryPort());
     }
-    void SetNodes(const std::string& nodes) { m_nodes = MakeMap(nodes); }
     void SetDeviceNodes(const std::string& nodes) { m_device = MakeMap(nodes); }
     void SetStreamNodes(const std::string& nodes) { m_stream = MakeMap(nodes); }
 

@@ -30,7 +30,7 @@ TEST(RecordingBuffer, HandsEveryImageOverInOrderWhileItIsBeingFilled) {
     RecordingBuffer buffer;
     std::thread camera([&buffer] {
         for (std::uint64_t i = 1; i <= kImages; ++i) {
-            buffer.Push(FakeImage::Make(i));
+            buffer.Push(TestImage(i));
         }
     });
     std::uint64_t expected = 1;
@@ -48,9 +48,9 @@ TEST(RecordingBuffer, HandsEveryImageOverInOrderWhileItIsBeingFilled) {
 
 TEST(RecordingBuffer, KeepsNoImageAliveThatWasTaken) {
     RecordingBuffer buffer;
-    auto object = std::make_shared<FakeImage>();
-    const std::weak_ptr<FakeImage> watched = object;
-    buffer.Push(Norvane::ImagePtr(std::move(object)));
+    auto object = std::make_shared<int>();
+    const std::weak_ptr<int> watched = object;
+    buffer.Push(Norvane::Imaging::MakeImage({}, nullptr, 0, std::move(object)));
     Norvane::ImagePtr image;
     ASSERT_TRUE(buffer.Pop(image));
     image = nullptr;

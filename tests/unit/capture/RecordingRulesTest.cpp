@@ -67,31 +67,26 @@ TEST(RecordingRules, TimeLapseKeepsOneImagePerIntervalUntilTheRunIsOver) {
     EXPECT_EQ(keptImages(rules, settings, clock, 10), (std::vector<int>{9, 19, 29, 39, 49}));
 }
 
-struct ShortInterval {
-    const char* name;
-    unsigned int intervalMs;
-    double cameraFrameRate;
-    unsigned int runMs;
-    std::size_t kept; // at an image every 10 ms
-};
-
-class TimeLapseEdge : public testing::TestWithParam<ShortInterval> {};
-
-TEST_P(TimeLapseEdge, KeepsEveryImageUntilTheRunIsOver) {
-    DrivenClock clock;
-    RecordingRules rules(clock);
-    RecordingSettings settings = settingsFor(SAVE_TIME_LAPSE);
-    settings.intervalMs = GetParam().intervalMs;
-    settings.runMs = GetParam().runMs;
-    rules.Start(settings, GetParam().cameraFrameRate);
-    EXPECT_EQ(keptImages(rules, settings, clock, 10).size(), GetParam().kept);
+TEST(RecordingRules, ATimeLapseShorterThanAPeriodKeepsEveryImageUntilTheRunIsOver) {
+    struct Case {
+        const char* what;
+        unsigned int intervalMs;
+        double cameraFrameRate;
+        unsigned int runMs;
+        std::size_t kept; // at an image every 10 ms
+    };
+    for (const Case& c :
+         {Case{"interval below the period", 5, 100, 200, 20},
+          Case{"interval is the period", 10, 100, 200, 19}, Case{"run below the period", 20, 100, 5, 1},
+          Case{"camera tells no rate", 5, 0, 200, 20}}) {
+        DrivenClock clock;
+        RecordingRules rules(clock);
+        RecordingSettings settings = settingsFor(SAVE_TIME_LAPSE);
+        settings.intervalMs = c.intervalMs;
+        settings.runMs = c.runMs;
+        rules.Start(settings, c.cameraFrameRate);
+        EXPECT_EQ(keptImages(rules, settings, clock, 10).size(), c.kept) << c.what;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Table, TimeLapseEdge,
-                         testing::Values(ShortInterval{"IntervalBelowThePeriod", 5, 100, 200, 20},
-                                         ShortInterval{"IntervalIsThePeriod", 10, 100, 200, 19},
-                                         ShortInterval{"RunBelowThePeriod", 20, 100, 5, 1},
-                                         ShortInterval{"CameraTellsNoRate", 5, 0, 200, 20}),
-                         [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace
