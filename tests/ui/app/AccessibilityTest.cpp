@@ -1,4 +1,4 @@
-#include "EmulatorFile.h"
+#include "EmulatorFixture.h"
 
 #include "SettingsFile.h"
 #include "StartUp.h"
@@ -96,11 +96,13 @@ QStringList muteOrUnreachableButtons(const QWidget& window) {
     return wrong;
 }
 
-TEST(AccessibilityTest, EveryControlHasANameAndAKeyboard) {
+using AccessibilityTest = Norvane::Test::EmulatorFixture;
+
+TEST_F(AccessibilityTest, EveryControlHasANameAndAKeyboard) {
     initTavorinResources();
     QFile::remove(SettingsFilePath());
-    EmulatorFile emulator;
-    emulator.Write(EmulatorFile::Interface("one") + EmulatorFile::Camera(11, "one"));
+    AddInterface();
+    AddCamera("11");
     NorSimpleGUI_QT window(nullptr);
     window.Initialize();
     window.show();
