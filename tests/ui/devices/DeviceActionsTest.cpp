@@ -1,4 +1,5 @@
-#include "FakeLibrary.h"
+#include "EmulatorFixture.h"
+#include "Handles.h"
 
 #include "SettingsFile.h"
 #include "wCameraInfoDialog.h"
@@ -24,13 +25,17 @@
 
 namespace {
 
-class DeviceActionsTest : public testing::Test {
+using Norvane::Test::TextOf;
+
+class DeviceActionsTest : public Norvane::Test::EmulatorFixture {
 protected:
-    void SetUp() override { QFile::remove(SettingsFilePath()); }
+    void SetUp() override {
+        QFile::remove(SettingsFilePath());
+        AddInterface("GigE-0", "name=Adapter <one>");
+    }
 
     void Show(bool visible = true) {
-        m_list = std::make_unique<wDeviceList>(m_system->GetInterfaces(false), Norvane::SystemPtr(m_system),
-                                               nullptr);
+        m_list = std::make_unique<wDeviceList>(m_system->GetInterfaces(false), m_system, nullptr);
         m_list->resize(400, 500);
         m_tree = m_list->findChild<QTreeWidget*>("treeWidget");
         if (visible) {
@@ -64,15 +69,6 @@ protected:
         return texts;
     }
 
-    static std::vector<std::pair<std::int64_t, std::int64_t>> Writes(const RecordingPort& port) {
-        std::vector<std::pair<std::int64_t, std::int64_t>> result;
-        for (const auto& write : port.writes) {
-            result.emplace_back(write.address, write.value);
-        }
-        return result;
-    }
-
-    std::shared_ptr<FakeSystem> m_system = std::make_shared<FakeSystem>();
     std::unique_ptr<wDeviceList> m_list;
     QTreeWidget* m_tree = nullptr;
 };
@@ -86,10 +82,11 @@ TEST_F(DeviceActionsTest, NoticesComeOncePerFamilyByModelName) {
                           Case{"TRS-10G", "An Tarsel camera has been detected."}, Case{"EML-U3", nullptr},
                           Case{"Duskwing DL", nullptr}, Case{"eml dl trs", nullptr}}) {
         SCOPED_TRACE(c.model);
-        m_system = std::make_shared<FakeSystem>();
-        auto interface = m_system->Add("eth0", "Adapter");
-        interface->Add({1, c.model});
-        interface->Add({2, c.model});
+        m_list.reset();
+        m_system = nullptr;
+        AddCamera("1", std::string("model=") + c.model);
+        AddCamera("2", std::string("model=") + c.model);
+        Start();
         Show();
         m_list->OnRefreshDeviceList();
         ASSERT_EQ(Notices().size(), c.title ? 1 : 0);
@@ -102,7 +99,8 @@ TEST_F(DeviceActionsTest, NoticesComeOncePerFamilyByModelName) {
 }
 
 TEST_F(DeviceActionsTest, NoticeWaitsUntilTheListIsSeen) {
-    m_system->Add("eth0", "Adapter")->Add({1, "TRS-10G"});
+    AddCamera("1", "model=TRS-10G");
+    Start();
     Show(false);
     ASSERT_EQ(Notices().size(), 1);
     EXPECT_FALSE(Notices()[0]->isVisible());
@@ -118,7 +116,8 @@ TEST_F(DeviceActionsTest, NoticeWaitsUntilTheListIsSeen) {
 TEST_F(DeviceActionsTest, OnlyATickedBoxAndOkSilenceANotice) {
     const QString key = "DoNotShowInfoDialog_TRS";
     const auto stored = [&] { return QSettings(SettingsFilePath(), QSettings::IniFormat).value(key); };
-    m_system->Add("eth0", "Adapter")->Add({1, "TRS-10G"});
+    AddCamera("1", "model=TRS-10G");
+    Start();
 
     Show();
     Notices()[0]->findChild<QCheckBox*>()->setChecked(true);
@@ -138,52 +137,52 @@ TEST_F(DeviceActionsTest, OnlyATickedBoxAndOkSilenceANotice) {
 }
 
 TEST_F(DeviceActionsTest, ForceIpReachesTheRowUnderThePointer) {
-    auto gigE = m_system->Add("eth0", "Adapter");
-    gigE->Add({1});
-    auto second = gigE->Add({2});
-    auto usb = m_system->Add("usb", "Controller", false);
-    usb->Add({3, "Duskwing U", false});
+    AddCamera("1", "address=10.1.1.1");
+    AddCamera("2", "address=10.1.1.2");
+    AddCamera("3", "address=10.1.1.3");
+    AddInterface("usb", "type=U3V");
+    AddCamera("4", "interface=usb");
+    Start();
     Show();
-
-    EXPECT_EQ(UseContextMenu(m_tree->topLevelItem(0)), QStringList{"Auto Force IP"});
-    using Write = std::pair<std::int64_t, std::int64_t>;
-    EXPECT_EQ(Writes(*gigE->port), (std::vector<Write>{{kDeviceSelectorAddress, 0},
-                                                       {kForceIpAddress, 1},
-                                                       {kDeviceSelectorAddress, 1},
-                                                       {kForceIpAddress, 1}}));
-    EXPECT_TRUE(second->port->writes.empty());
-
-    EXPECT_EQ(UseContextMenu(m_tree->topLevelItem(0)->child(1)), QStringList{"Auto Force IP"});
-    EXPECT_EQ(Writes(*second->port), (std::vector<Write>{{kForceIpAddress, 1}}));
-
+    const auto fits = [&](const char* serial) {
+        return TextOf(Find(serial)->GetTLDeviceNodeMap(), "GevDeviceIsWrongSubnet") == "0";
+    };
+    // Nothing happens and nothing opens where there is no address to force.
     m_list->OnCustomContextMenu(m_tree->visualItemRect(m_tree->topLevelItem(1)).center());
     m_list->OnCustomContextMenu(m_tree->visualItemRect(m_tree->topLevelItem(1)->child(0)).center());
     m_list->OnCustomContextMenu(QPoint(5, 490));
     m_list->OnAutoForceIP();
-    EXPECT_EQ(gigE->port->writes.size(), 4U);
-    EXPECT_EQ(second->port->writes.size(), 1U);
+
+    EXPECT_EQ(UseContextMenu(m_tree->topLevelItem(0)->child(1)), QStringList{"Auto Force IP"});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return fits("2"); }));
+    EXPECT_FALSE(fits("1") || fits("3"));
+    EXPECT_EQ(UseContextMenu(m_tree->topLevelItem(0)), QStringList{"Auto Force IP"});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return fits("1") && fits("3"); })) << "every camera of the interface";
 }
 
 TEST_F(DeviceActionsTest, CopyTakesTheSelectionOfTheMoment) {
-    auto interface = m_system->Add("eth0", "Adapter <one>");
-    interface->Add({21034567, "100%1 <b>"});
+    AddCamera("21034567", "model=100%1 <b>");
+    Start();
     Show();
     QClipboard* clipboard = QGuiApplication::clipboard();
 
     m_list->OnItemClicked(m_tree->topLevelItem(0)->child(0), 0);
     Press("actionCopyToClipboard");
-    EXPECT_EQ(clipboard->text(), "Device Name : 100%1 <b> (21034567)\nDevice Model: 100%1 <b>\n"
-                                 "Device ID :  ID-21034567\nDevice Vendor Name :  Altrona\n"
-                                 "Device Instance ID :  instance\nDevice Current Speed :  Gigabit\n"
-                                 "Device Access Status :  OpenReadWrite\nDevice Version :  1.5\n"
-                                 "Device Driver Version :  none");
+    const QString driver =
+        QString::fromStdString(TextOf(Find("21034567")->GetTLDeviceNodeMap(), "DeviceDriverVersion"));
+    EXPECT_EQ(clipboard->text(), "Device Name : Altrona 100%1 <b>\nDevice Model: 100%1 <b>\n"
+                                 "Device ID :  21034567\nDevice Vendor Name :  Altrona\n"
+                                 "Device Instance ID :  21034567\nDevice Current Speed :  Gigabit\n"
+                                 "Device Access Status :  ReadWrite\nDevice Version :  1.0\n"
+                                 "Device Driver Version :  " +
+                                     driver);
     auto* dialog = m_list->findChild<wPropertyDialog*>("wPropertyDialog");
     auto* label = dialog->findChild<QLabel*>("prmPropertyLabel");
     EXPECT_FALSE(dialog->isVisible());
     EXPECT_TRUE(
-        label->text().startsWith("<font size=5><b>Device Name: </b>100%1 &lt;b&gt; (21034567)</font><br><br>"
+        label->text().startsWith("<font size=5><b>Device Name: </b>Altrona 100%1 &lt;b&gt;</font><br><br>"
                                  "<font size=5><b>Device Model: </b>100%1 &lt;b&gt;</font><br><br>"));
-    EXPECT_TRUE(label->text().endsWith("<font size=5><b>Device Driver Version: </b>none</font>"));
+    EXPECT_TRUE(label->text().endsWith("<font size=5><b>Device Driver Version: </b>" + driver + "</font>"));
 
     m_list->OnItemClicked(m_tree->topLevelItem(0), 0);
     Press("actionShowProperties");
@@ -191,21 +190,23 @@ TEST_F(DeviceActionsTest, CopyTakesTheSelectionOfTheMoment) {
     EXPECT_EQ(dialog->windowTitle(), "Interface Property");
     EXPECT_EQ(label->text(), "<font size=5><b>Interface Display Name: </b>Adapter &lt;one&gt;</font><br><br>"
                              "<font size=5><b>Interface Type: </b>GigEVision</font><br><br>"
-                             "<font size=5><b>Interface ID: </b>eth0</font>");
+                             "<font size=5><b>Interface ID: </b>GigE-0</font>");
     Press("actionCopyToClipboard");
     EXPECT_EQ(clipboard->text(),
-              "Interface Display Name: Adapter <one>\nInterface Type: GigEVision\nInterface ID :  eth0");
+              "Interface Display Name: Adapter <one>\nInterface Type: GigEVision\nInterface ID :  GigE-0");
 }
 
 TEST_F(DeviceActionsTest, FirmwareDialogOpensForTheSelectedCameraAfterADisconnect) {
-    m_system->Add("eth0", "Adapter")->Add({5});
-    auto camera = m_system->Add("eth1", "Other")->Add({6});
+    AddCamera("5");
+    AddInterface("eth1");
+    AddCamera("6", "interface=eth1");
+    Start();
     Show();
     const QSignalSpy disconnect(m_list.get(), &wDeviceList::notifyDisconnectDevice);
     m_list->OnItemClicked(m_tree->topLevelItem(1)->child(0), 0);
     Press("actionUpdateFirmware");
     ASSERT_EQ(disconnect.count(), 1);
-    EXPECT_EQ(disconnect[0][0].value<Norvane::CameraPtr>(), HandleOf(camera));
+    EXPECT_EQ(disconnect[0][0].value<Norvane::CameraPtr>(), Find("6"));
     auto* dialog = m_list->findChild<wFirmwareDialog*>();
     ASSERT_NE(dialog, nullptr);
     EXPECT_TRUE(dialog->isVisible());

@@ -1,4 +1,5 @@
-#include "FakeLibrary.h"
+#include "EmulatorFixture.h"
+#include "Handles.h"
 
 #include "wDeviceList.h"
 
@@ -17,26 +18,37 @@ namespace {
 const QColor kInterfaceBackground(135, 206, 250);
 const QColor kCameraBackground(255, 255, 255);
 
-class DeviceListTest : public testing::Test {
+class DeviceListTest : public Norvane::Test::EmulatorFixture {
 protected:
     void SetUp() override {
-        m_gigE = m_system->Add("eth0", "First Adapter");
-        m_camera = m_gigE->Add({21034567});
-        m_second = m_gigE->Add({44, "Duskwing S DWS-20S4M", true, true, 0x0A000005});
-        m_empty = m_system->Add("eth1", "Empty Adapter");
-        m_system->Add("eth2", "Unusable Adapter")->usable = false;
-        m_usb = m_system->Add("usb-0", "Host Controller", false);
-        m_usbCamera = m_usb->Add({77, "Duskwing U", false});
+        AddInterface("eth0", "name=First Adapter");
+        AddCamera("21034567", "interface=eth0\nmodel=Duskwing S DWS-50S5C");
+        AddCamera("44", "interface=eth0\naddress=10.0.0.5");
+        AddInterface("eth1", "name=Empty Adapter");
+        AddInterface("eth2", "name=Unusable Adapter\nusable=false");
+        AddInterface("usb-0", "name=Host Controller\ntype=U3V");
+        AddCamera("77", "interface=usb-0\nmodel=Duskwing U");
+        Start();
+        m_camera = Find("21034567");
+        m_second = Find("44");
+        m_usbCamera = Find("77");
+        const Norvane::InterfaceList interfaces = m_system->GetInterfaces(false);
+        m_gigE = interfaces.GetByIndex(0);
+        m_usb = interfaces.GetByIndex(3);
     }
 
     void Show() {
-        m_list = std::make_unique<wDeviceList>(m_system->GetInterfaces(false), Norvane::SystemPtr(m_system),
-                                               nullptr);
+        m_list = std::make_unique<wDeviceList>(m_system->GetInterfaces(false), m_system, nullptr);
         m_list->resize(400, 600);
         m_list->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(m_list.get()));
         m_tree = m_list->findChild<QTreeWidget*>("treeWidget");
         ASSERT_NE(m_tree, nullptr);
+    }
+
+    void WaitForCameras(unsigned int count) {
+        ASSERT_TRUE(
+            Norvane::Test::Eventually([&] { return m_system->GetCameras(false).GetSize() == count; }));
     }
 
     QTreeWidgetItem* Row(int interface, int camera = -1) const {
@@ -63,9 +75,8 @@ protected:
         return row ? QStringList{row->text(0), row->text(1)} : QStringList();
     }
 
-    std::shared_ptr<FakeSystem> m_system = std::make_shared<FakeSystem>();
-    std::shared_ptr<FakeInterface> m_gigE, m_empty, m_usb;
-    std::shared_ptr<FakeCamera> m_camera, m_second, m_usbCamera;
+    Norvane::InterfacePtr m_gigE, m_usb;
+    Norvane::CameraPtr m_camera, m_second, m_usbCamera;
     std::unique_ptr<wDeviceList> m_list;
     QTreeWidget* m_tree = nullptr;
 };
@@ -102,10 +113,12 @@ TEST_F(DeviceListTest, AdapterButtonHidesInterfacesWithoutCamerasWhileItIsChecke
     QToolButton* adapters = Button("actionAdapters");
     QTest::mouseClick(adapters, Qt::LeftButton);
     EXPECT_EQ(TopLevelNames(), (QStringList{"First Adapter", "Host Controller"}));
-    m_empty->Add({5});
+    AddCamera("5", "interface=eth1");
+    WaitForCameras(4);
     QTest::mouseClick(Button("actionRefresh"), Qt::LeftButton);
     EXPECT_EQ(TopLevelNames(), (QStringList{"First Adapter", "Empty Adapter", "Host Controller"}));
-    m_empty->cameras.clear();
+    Unplug("5");
+    WaitForCameras(3);
     QTest::mouseClick(adapters, Qt::LeftButton);
     EXPECT_EQ(Row(1, 0)->text(0), "No Devices Detected");
 }
@@ -122,17 +135,17 @@ TEST_F(DeviceListTest, ClicksTellWhatIsSelectedAndSetTheButtons) {
 
     Click(Row(0));
     ASSERT_EQ(interfaceUpdated.count(), 1);
-    EXPECT_EQ(interfaceUpdated[0][0].value<Norvane::InterfacePtr>(), HandleOf(m_gigE));
+    EXPECT_EQ(interfaceUpdated[0][0].value<Norvane::InterfacePtr>(), m_gigE);
     EXPECT_FALSE(Button("actionDisconnectDevice")->isEnabled());
     EXPECT_FALSE(Button("actionUpdateFirmware")->isEnabled());
     EXPECT_TRUE(Button("actionShowProperties")->isEnabled());
 
     Click(Row(2, 0));
     ASSERT_EQ(cameraUpdated.count(), 1);
-    EXPECT_EQ(cameraUpdated[0][0].value<Norvane::CameraPtr>(), HandleOf(m_usbCamera));
+    EXPECT_EQ(cameraUpdated[0][0].value<Norvane::CameraPtr>(), m_usbCamera);
     ASSERT_EQ(display.count(), 1);
-    EXPECT_EQ(display[0][0].value<Norvane::InterfacePtr>(), HandleOf(m_usb));
-    EXPECT_EQ(display[0][1].value<Norvane::CameraPtr>(), HandleOf(m_usbCamera));
+    EXPECT_EQ(display[0][0].value<Norvane::InterfacePtr>(), m_usb);
+    EXPECT_EQ(display[0][1].value<Norvane::CameraPtr>(), m_usbCamera);
     EXPECT_TRUE(Button("actionDisconnectDevice")->isEnabled());
 
     QTest::mouseDClick(m_tree->viewport(), Qt::LeftButton, {}, m_tree->visualItemRect(Row(2, 0)).center());
@@ -156,7 +169,7 @@ TEST_F(DeviceListTest, ReturnKeyDoesWhatAClickDoes) {
     EXPECT_EQ(cameraUpdated.count(), 0);
     QTest::keyClick(m_tree, Qt::Key_Return);
     ASSERT_EQ(cameraUpdated.count(), 1);
-    EXPECT_EQ(cameraUpdated[0][0].value<Norvane::CameraPtr>(), HandleOf(m_camera));
+    EXPECT_EQ(cameraUpdated[0][0].value<Norvane::CameraPtr>(), m_camera);
 }
 
 TEST_F(DeviceListTest, SelectionOutlivesARefreshOnlyWithItsInterface) {
@@ -167,13 +180,15 @@ TEST_F(DeviceListTest, SelectionOutlivesARefreshOnlyWithItsInterface) {
     EXPECT_EQ(nothing.count(), 0);
     EXPECT_EQ(CurrentRow(), (QStringList{"Duskwing U", "77"}));
 
-    m_usb->cameras.clear();
+    Unplug("77");
+    WaitForCameras(2);
     m_list->OnDeviceRemoval(77);
     EXPECT_EQ(nothing.count(), 1);
     EXPECT_FALSE(Button("actionDisconnectDevice")->isEnabled());
 
     Click(Row(0, 0));
-    m_system->interfaces.erase(m_system->interfaces.begin());
+    RemoveInterface("eth0");
+    WaitForCameras(0);
     m_list->OnInterfaceRemoval("eth0");
     EXPECT_GE(nothing.count(), 2);
     EXPECT_FALSE(Button("actionShowProperties")->isEnabled());
@@ -184,14 +199,16 @@ TEST_F(DeviceListTest, SelectByHandleActsAsAClickAndIgnoresWhatHasNoRow) {
     Show();
     const QSignalSpy cameraUpdated(m_list.get(), &wDeviceList::CameraUpdated);
     const QSignalSpy interfaceUpdated(m_list.get(), &wDeviceList::InterfaceUpdated);
-    m_list->SelectDevice(HandleOf(m_second));
-    m_list->SelectInterface(HandleOf(m_usb));
+    m_list->SelectDevice(m_second);
+    m_list->SelectInterface(m_usb);
     EXPECT_EQ(cameraUpdated.count(), 1);
     EXPECT_EQ(interfaceUpdated.count(), 1);
     EXPECT_EQ(CurrentRow()[0], "Host Controller");
     m_list->SelectDevice({});
-    m_list->SelectDevice(HandleOf(std::make_shared<FakeCamera>(FakeCameraSetup{99})));
-    m_list->SelectInterface(HandleOf(std::make_shared<FakeInterface>("gone", "Gone")));
+    AddInterface("new");
+    AddCamera("99", "interface=new");
+    m_list->SelectDevice(Find("99"));
+    m_list->SelectInterface(m_system->GetInterfaces(false).GetByIndex(3));
     EXPECT_EQ(cameraUpdated.count() + interfaceUpdated.count(), 2);
 }
 
@@ -207,7 +224,7 @@ TEST_F(DeviceListTest, RefreshInsideASelectionIsSafe) {
     Click(Row(0, 1));
     Click(Row(0));
     ASSERT_EQ(display.count(), 1);
-    EXPECT_EQ(display[0][1].value<Norvane::CameraPtr>(), HandleOf(m_second));
+    EXPECT_EQ(display[0][1].value<Norvane::CameraPtr>(), m_second);
 }
 
 } // namespace

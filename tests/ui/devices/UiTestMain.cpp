@@ -1,4 +1,4 @@
-#include "FakeLibrary.h"
+#include "Handles.h"
 
 #include <QApplication>
 #include <QDir>

@@ -45,25 +45,27 @@ std::string Choice(const std::string& name, Address address, const std::vector<s
 
 } // namespace
 
-std::shared_ptr<FakeCamera> FakeFileStore::CameraWith(const std::shared_ptr<FakeFileStore>& store) {
-    auto camera = std::make_shared<FakeCamera>(FakeCameraSetup{1});
-    DescriptionText text;
-    text.Raw(Choice("FileSelector", SelectorAddress, {"UserFile1", "UserFile2"}))
-        .Raw(Choice("FileOperationSelector", OperationAddress, {"Open", "Close", "Read", "Write", "Delete"}))
-        .Raw(Choice("FileOpenMode", OpenModeAddress, {"Read", "Write", "ReadWrite"}))
-        .Command("FileOperationExecute", ExecuteAddress)
-        .Raw(Choice("FileOperationStatus", StatusAddress, {"Success", "Failure"}, "RO", false))
-        .Raw(Number("FileOperationResult", ResultAddress, "RO", false))
-        .Raw(Number("FileAccessOffset", OffsetAddress, "RW", false))
-        .Raw(Number("FileAccessLength", LengthAddress, store->m_setup.lengthWritable ? "RW" : "RO", false))
-        .Raw(Number("FileSize", SizeAddress, "RO", false))
-        .Raw("<Boolean Name=\"FileWriteToFlash\"><pValue>FileWriteToFlashReg</pValue></Boolean>")
-        .Raw(Register("FileWriteToFlashReg", FlashAddress, "RW", true))
-        .Raw("<Register Name=\"FileAccessBuffer\"><Address>" + std::to_string(BufferAddress) +
-             "</Address><Length>" + std::to_string(store->m_setup.bufferLength) +
-             "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort><Cachable>NoCache</Cachable></"
-             "Register>");
-    camera->nodeMap = text.Build(store);
+std::shared_ptr<TestCamera> FakeFileStore::CameraWith(const std::shared_ptr<FakeFileStore>& store) {
+    auto camera = std::make_shared<TestCamera>("", "", "");
+    camera->deviceMap = makeMap(
+        Choice("FileSelector", SelectorAddress, {"UserFile1", "UserFile2"}) +
+            Choice("FileOperationSelector", OperationAddress, {"Open", "Close", "Read", "Write", "Delete"}) +
+            Choice("FileOpenMode", OpenModeAddress, {"Read", "Write", "ReadWrite"}) +
+            "<Command Name=\"FileOperationExecute\"><pValue>FileOperationExecuteReg</pValue>"
+            "<CommandValue>1</CommandValue></Command>" +
+            Register("FileOperationExecuteReg", ExecuteAddress, "WO", true) +
+            Choice("FileOperationStatus", StatusAddress, {"Success", "Failure"}, "RO", false) +
+            Number("FileOperationResult", ResultAddress, "RO", false) +
+            Number("FileAccessOffset", OffsetAddress, "RW", false) +
+            Number("FileAccessLength", LengthAddress, store->m_setup.lengthWritable ? "RW" : "RO", false) +
+            Number("FileSize", SizeAddress, "RO", false) +
+            "<Boolean Name=\"FileWriteToFlash\"><pValue>FileWriteToFlashReg</pValue></Boolean>" +
+            Register("FileWriteToFlashReg", FlashAddress, "RW", true) +
+            "<Register Name=\"FileAccessBuffer\"><Address>" + std::to_string(BufferAddress) +
+            "</Address><Length>" + std::to_string(store->m_setup.bufferLength) +
+            "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort><Cachable>NoCache</Cachable></"
+            "Register>",
+        store);
     return camera;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FakeLibrary.h"
+#include "TestDevice.h"
 
 #include <QByteArray>
 
@@ -24,7 +24,7 @@ public:
     explicit FakeFileStore(const Setup& setup) : m_setup(setup) {}
 
     /// A camera of which nothing but the file store works.
-    static std::shared_ptr<FakeCamera> CameraWith(const std::shared_ptr<FakeFileStore>& store);
+    static std::shared_ptr<TestCamera> CameraWith(const std::shared_ptr<FakeFileStore>& store);
 
     Norvane::GenApi::EAccessMode GetAccessMode() const override { return Norvane::GenApi::RW; }
     void Read(void* buffer, std::int64_t address, std::int64_t length) override;

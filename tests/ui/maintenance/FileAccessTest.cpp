@@ -52,7 +52,7 @@ protected:
         m_store = std::make_shared<Store>(setup);
         m_camera = Store::CameraWith(m_store);
         m_tab = std::make_unique<wFileAccess>(nullptr);
-        m_tab->OnCameraUpdated(HandleOf(m_camera));
+        m_tab->OnCameraUpdated(Norvane::CameraPtr(m_camera));
         m_tab->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(m_tab.get()));
         m_busy = std::make_unique<QSignalSpy>(m_tab.get(), &wFileAccess::FileOperationStatusChanged);
@@ -101,7 +101,7 @@ protected:
 
     QTemporaryDir m_folder;
     std::shared_ptr<Store> m_store;
-    std::shared_ptr<FakeCamera> m_camera;
+    std::shared_ptr<TestCamera> m_camera;
     std::unique_ptr<wFileAccess> m_tab;
     std::unique_ptr<QSignalSpy> m_busy;
     QString m_caption, m_suggestion;
@@ -232,7 +232,7 @@ TEST_F(FileAccessTest, PathsThatCannotBeUsedAreToldAndNothingIsSent) {
 TEST_F(FileAccessTest, TransferKeepsItsFileWhenTheSelectorChangesMeanwhile) {
     Use();
     m_store->files[Store::UserFile2] = "untouched";
-    Norvane::GenApi::CEnumerationPtr selector(m_camera->nodeMap->GetNode("FileSelector"));
+    Norvane::GenApi::CEnumerationPtr selector(m_camera->deviceMap->GetNode("FileSelector"));
     QTimer::singleShot(0, [&] {
         QObject::connect(m_tab->findChild<QProgressBar*>(), &QProgressBar::valueChanged,
                          [=](int) mutable { selector->SetIntValue(Store::UserFile2); });
@@ -300,23 +300,24 @@ TEST_F(FileAccessTest, SelectorAndDdrBoxFollowTheCameraBothWays) {
 
     // Changes come on whichever thread made them.
     std::thread([&] {
-        Norvane::GenApi::CEnumerationPtr(m_camera->nodeMap->GetNode("FileSelector"))->SetIntValue(0);
-        Norvane::GenApi::CBooleanPtr(m_camera->nodeMap->GetNode("FileWriteToFlash"))->SetValue(false);
+        Norvane::GenApi::CEnumerationPtr(m_camera->deviceMap->GetNode("FileSelector"))->SetIntValue(0);
+        Norvane::GenApi::CBooleanPtr(m_camera->deviceMap->GetNode("FileWriteToFlash"))->SetValue(false);
     }).join();
     EXPECT_TRUE(QTest::qWaitFor([&] { return selector->currentIndex() == 0 && ddr->isChecked(); }));
 }
 
 TEST_F(FileAccessTest, CameraWithoutFileAccessIsNotCapable) {
     Use();
-    auto plain = std::make_shared<FakeCamera>(FakeCameraSetup{2});
-    m_tab->OnCameraUpdated(HandleOf(plain));
+    const auto plain = std::make_shared<TestCamera>(integer("Width", 0), "", "");
+    plain->unknown = true;
+    m_tab->OnCameraUpdated(Norvane::CameraPtr(plain));
     EXPECT_FALSE(m_tab->isFileAccessCapable());
-    plain->nodeMap = DescriptionText().Integer("Width", 4).Build(Norvane::GenApi::CreateMemoryPort());
-    m_tab->OnCameraUpdated(HandleOf(plain));
+    plain->unknown = false;
+    m_tab->OnCameraUpdated(Norvane::CameraPtr(plain));
     EXPECT_FALSE(m_tab->isFileAccessCapable());
     EXPECT_EQ(m_tab->findChild<QComboBox*>()->count(), 0);
     EXPECT_FALSE(m_tab->findChild<QCheckBox*>()->isEnabled());
-    m_tab->OnCameraUpdated(HandleOf(m_camera));
+    m_tab->OnCameraUpdated(Norvane::CameraPtr(m_camera));
     EXPECT_TRUE(m_tab->isFileAccessCapable());
 }
 

@@ -1,4 +1,4 @@
-#include "FakeLibrary.h"
+#include "EmulatorFixture.h"
 
 #include "FirmwareUpdater.h"
 #include "wFirmwareDialog.h"
@@ -32,7 +32,7 @@ public:
     bool shown = false;
 };
 
-class FirmwareDialogTest : public testing::Test {
+class FirmwareDialogTest : public Norvane::Test::EmulatorFixture {
 protected:
     /// Presses a button of the dialog and answers the box or the file dialog that opens.
     void Press(QAbstractButton* button, QMessageBox::StandardButton answer, const QString& path = {}) {
@@ -75,8 +75,16 @@ protected:
         EXPECT_EQ(m_dialog.findChild<QLineEdit*>("prmFilePathEdit")->text(), file.fileName());
     }
 
-    void Open(const FakeCameraSetup& setup) {
-        m_dialog.SetCamera(Norvane::CameraPtr(std::make_shared<FakeCamera>(setup)));
+    void SetUp() override {
+        AddInterface();
+        AddCamera("55");
+        AddInterface("usb", "type=U3V");
+        AddCamera("7", "interface=usb\nmodel=Duskwing U");
+        Start();
+    }
+
+    void Open(const std::string& serial) {
+        m_dialog.SetCamera(Find(serial));
         m_dialog.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_dialog));
     }
@@ -90,19 +98,18 @@ protected:
 };
 
 TEST_F(FirmwareDialogTest, ShowsTheCamerasIdentity) {
-    Open({21034567});
+    Open("55");
     EXPECT_EQ(m_dialog.windowTitle(), "Firmware Update");
     EXPECT_EQ(m_dialog.findChild<QGroupBox*>("prmDeviceGroupBox")->title(), "Device Information");
-    EXPECT_EQ(Row(), (QStringList{"Duskwing S DWS-50S5C", "Altrona", "169.254.10.20", "2.7"}));
-    m_dialog.SetCamera(
-        Norvane::CameraPtr(std::make_shared<FakeCamera>(FakeCameraSetup{7, "Duskwing U", false})));
-    EXPECT_EQ(Row(), (QStringList{"Duskwing U", "Altrona", "", "2.7"}));
+    EXPECT_EQ(Row(), (QStringList{"Duskwing S", "Altrona", "169.254.10.20", "1.0.0"}));
+    m_dialog.SetCamera(Find("7"));
+    EXPECT_EQ(Row(), (QStringList{"Duskwing U", "Altrona", "", "1.0.0"}));
     m_dialog.SetCamera({});
     EXPECT_EQ(Row(), (QStringList{"", "", "", ""}));
 }
 
 TEST_F(FirmwareDialogTest, OnlyYesStartsTheUpdate) {
-    Open({21034567});
+    Open("7");
     ChooseFile();
     Press(Ok(), QMessageBox::No);
     EXPECT_EQ(m_boxTitle, "Firmware Update");
@@ -113,7 +120,7 @@ TEST_F(FirmwareDialogTest, OnlyYesStartsTheUpdate) {
     EXPECT_EQ(m_update.count(), 0);
 
     // A file chosen for one camera does not serve the next one.
-    Open({55});
+    Open("55");
     Press(Ok(), QMessageBox::Ok);
     EXPECT_EQ(m_boxTitle, "No firmware file selected!");
 
