@@ -67,26 +67,6 @@ TEST_F(EmulatorSystemTest, UnplugAndPlugInMidStream) {
     m_system->UnregisterInterfaceEventHandler(events);
 }
 
-TEST_F(EmulatorSystemTest, UnplugWakesAGrabAndRemovesTheInterface) {
-    AddInterface();
-    AddCamera("1001", "frame-rate=1");
-    Start();
-    const CameraPtr camera = Find("1001");
-    camera->Init();
-    camera->BeginAcquisition();
-    auto grab = std::async(std::launch::async, [&] {
-        return ErrorOf([&] {
-            for (;;) {
-                camera->GetNextImage();
-            }
-        });
-    });
-    RemoveInterface("GigE-0");
-    ASSERT_EQ(grab.wait_for(10s), std::future_status::ready);
-    EXPECT_EQ(grab.get(), Error::Abort);
-    EXPECT_TRUE(Eventually([&] { return m_system->GetCameras(true).GetSize() == 0; }));
-}
-
 TEST_F(EmulatorSystemTest, UnplugWhileOpenAndWhileOpening) {
     AddInterface();
     AddCamera("1001", "register-delay-us=20000");
@@ -140,21 +120,6 @@ TEST_F(EmulatorSystemTest, ABrokenDescriptionDoesNotKeepTheCameraClosed) {
     const CameraPtr other = Find("3");
     other->Init();
     EXPECT_NE(other->GetNodeMap().GetNode("PixelFormat"), nullptr);
-}
-
-TEST_F(EmulatorSystemTest, SingleFrameModeGivesOneImageAGrab) {
-    AddInterface();
-    AddCamera("1");
-    Start();
-    const CameraPtr camera = Find("1");
-    camera->Init();
-    SetText(camera->GetNodeMap(), "AcquisitionMode", "SingleFrame");
-    for (int grab = 0; grab < 3; ++grab) {
-        camera->BeginAcquisition();
-        EXPECT_EQ(camera->GetNextImage(5000)->GetWidth(), 320U);
-        EXPECT_EQ(ErrorOf([&] { camera->GetNextImage(100); }), Error::Timeout);
-        camera->EndAcquisition();
-    }
 }
 
 TEST_F(EmulatorSystemTest, ChunksComeWithTheImage) {

@@ -48,17 +48,6 @@ TEST_F(FeatureSearchTest, AnInvalidPatternDisablesTheViewUntilItIsMended) {
     EXPECT_EQ(rows(), m_all);
 }
 
-TEST_F(FeatureSearchTest, FoundRowsAreLiveAndEditable) {
-    found("height");
-    CIntegerPtr(m_camera->deviceMap->GetNode("Height"))->SetValue(11);
-    EXPECT_EQ(shown("Height"), "11");
-    click(cell("Height"));
-    ASSERT_TRUE(editor<QLineEdit>());
-    QTest::keyClicks(editor<QLineEdit>(), "12");
-    QTest::keyClick(editor<QLineEdit>(), Qt::Key_Return);
-    EXPECT_EQ(m_camera->port->value(8), 12U);
-}
-
 TEST_F(FeatureSearchTest, ASearchOutlivesSortingAndAChangeOfDevice) {
     EXPECT_EQ(found("max"), QStringList({"WidthMax=0"}));
     pressButton("actionSortAlpha");

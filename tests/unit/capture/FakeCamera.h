@@ -4,11 +4,8 @@
 #include "norvane/Camera.h"
 #include "norvane/genapi/NodeMapFactory.h"
 
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
 /// An image of 16 x 8 pixels, which are the frame ID's low byte.
@@ -45,23 +42,9 @@ public:
     void SetStreamNodes(const std::string& nodes) { m_stream = MakeMap(nodes); }
 
     void Deliver(const Norvane::ImagePtr& image) {
-        Norvane::ImageEventHandler* handler = nullptr;
-        {
-            const std::lock_guard lock(m_mutex);
-            handler = m_handler;
-            if (!handler) {
-                m_next = image;
-            }
+        if (m_handler) {
+            m_handler->OnImageEvent(image);
         }
-        m_changed.notify_all();
-        if (handler) {
-            handler->OnImageEvent(image);
-        }
-    }
-    /// Returns once somebody waits for the next image.
-    void WaitForWaiter() {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_isWaitedFor; });
     }
     int registrations = 0;
 
@@ -69,10 +52,7 @@ public:
     bool IsInitialized() const override { return true; }
     void Init() override {}
     void DeInit() override {}
-    bool IsStreaming() const override {
-        const std::lock_guard lock(m_mutex);
-        return m_isStreaming;
-    }
+    bool IsStreaming() const override { return m_isStreaming; }
     Norvane::GenApi::EAccessMode GetAccessMode() const override { return Norvane::GenApi::RW; }
     Norvane::GenApi::INodeMap& GetNodeMap() override { return *m_nodes; }
     Norvane::GenApi::INodeMap& GetTLDeviceNodeMap() override { return *m_device; }
@@ -81,49 +61,23 @@ public:
     std::string GetUniqueID() const override { return "fake"; }
 
     void BeginAcquisition() override {
-        const std::lock_guard lock(m_mutex);
         if (m_isStreaming) {
             throw Norvane::Exception(Norvane::Error::ResourceInUse, "streaming already");
         }
         m_isStreaming = true;
     }
-    void EndAcquisition() override {
-        const std::lock_guard lock(m_mutex);
-        if (!m_isStreaming) {
-            throw Norvane::Exception(Norvane::Error::NotInitialized, "not streaming");
-        }
-        m_isStreaming = false;
-        m_changed.notify_all();
-    }
-    Norvane::ImagePtr GetNextImage(std::uint64_t, std::uint64_t) override {
-        std::unique_lock lock(m_mutex);
-        m_isWaitedFor = true;
-        m_changed.notify_all();
-        m_changed.wait(lock, [this] { return m_next.IsValid() || !m_isStreaming; });
-        m_isWaitedFor = false;
-        if (!m_next.IsValid()) {
-            throw Norvane::Exception(Norvane::Error::Abort, "acquisition ended");
-        }
-        return std::exchange(m_next, Norvane::ImagePtr());
-    }
+    void EndAcquisition() override { m_isStreaming = false; }
+    Norvane::ImagePtr GetNextImage(std::uint64_t, std::uint64_t) override { return {}; }
     void RegisterEventHandler(Norvane::EventHandler& handler) override {
-        const std::lock_guard lock(m_mutex);
         m_handler = dynamic_cast<Norvane::ImageEventHandler*>(&handler);
         ++registrations;
     }
-    void UnregisterEventHandler(Norvane::EventHandler&) override {
-        const std::lock_guard lock(m_mutex);
-        m_handler = nullptr;
-    }
+    void UnregisterEventHandler(Norvane::EventHandler&) override { m_handler = nullptr; }
 
 private:
     std::shared_ptr<Norvane::GenApi::INodeMap> m_nodes;
     std::shared_ptr<Norvane::GenApi::INodeMap> m_device;
     std::shared_ptr<Norvane::GenApi::INodeMap> m_stream;
-    mutable std::mutex m_mutex;
-    std::condition_variable m_changed;
     Norvane::ImageEventHandler* m_handler = nullptr;
-    Norvane::ImagePtr m_next;
     bool m_isStreaming = false;
-    bool m_isWaitedFor = false;
 };

@@ -137,66 +137,6 @@ TEST_F(ImageCaptureTest, PresetChoosesTheManualBufferCount) {
     EXPECT_EQ(mode->GetIntValue(), 5);
 }
 
-/// A single capture waits on a thread of its own, as in the program.
-class SingleCaptureTest : public ImageCaptureTest {
-protected:
-    void SetUp() override {
-        ImageCaptureTest::SetUp();
-        m_capture.moveToThread(&m_thread);
-        m_thread.start();
-    }
-    void TearDown() override {
-        m_thread.quit();
-        ASSERT_TRUE(m_thread.wait(10'000)) << "the worker's thread does not come to rest";
-    }
-    /// Counts a signal of the worker's thread on this one.
-    template <class Signal>
-    void Count(Signal signal, int& count) {
-        QObject::connect(&m_capture, signal, &m_here, [&count] { ++count; });
-    }
-    void Grab() { QMetaObject::invokeMethod(&m_capture, "OnStartSingleCapture", Qt::QueuedConnection); }
-
-    QThread m_thread;
-    QObject m_here;
-};
-
-TEST_F(SingleCaptureTest, ShowsOneImageAndEndsAcquisition) {
-    int shown = 0;
-    Count(&ImageCapture::updateSingleImageDisplay, shown);
-    int finished = 0;
-    Count(&ImageCapture::singleCaptureFinished, finished);
-    Grab();
-    m_camera->WaitForWaiter();
-    std::vector<std::uint8_t> pixels(16 * 8);
-    m_camera->Deliver(Norvane::Image::Create(16, 8, 0, 0, Norvane::PixelFormat_Mono8, pixels.data()));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return finished == 1; }, 10'000));
-    EXPECT_EQ(shown, 1);
-    EXPECT_FALSE(m_camera->IsStreaming());
-}
-
-TEST_F(SingleCaptureTest, StopEndsTheWaitForAnImageThatNeverComes) {
-    int shown = 0;
-    Count(&ImageCapture::updateSingleImageDisplay, shown);
-    int finished = 0;
-    Count(&ImageCapture::singleCaptureFinished, finished);
-    Grab();
-    m_camera->WaitForWaiter();
-    m_capture.OnStopContinuousCapture();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return finished == 1; }, 10'000));
-    EXPECT_EQ(shown, 0);
-}
-
-TEST_F(SingleCaptureTest, CloseEndsTheWaitAndLetsNoOtherBegin) {
-    int finished = 0;
-    Count(&ImageCapture::singleCaptureFinished, finished);
-    Grab();
-    m_camera->WaitForWaiter();
-    m_capture.close();
-    Grab(); // was on its way when the display closed
-    ASSERT_TRUE(QTest::qWaitFor([&] { return finished == 2; }, 10'000));
-    EXPECT_FALSE(m_camera->IsStreaming());
-}
-
 /// Recording, with the wiring that a display makes.
 class RecordingTest : public ImageCaptureTest {
 protected:

@@ -235,16 +235,5 @@ TEST_F(FeatureBehaviourTest, ClocksAndCountersRun) {
     })) << "a square wave stands at the first input";
 }
 
-TEST_F(FeatureBehaviourTest, NumbersAreShownAsWhatTheyAre) {
-    Begin("address=169.254.7.8\n");
-    EXPECT_EQ(CIntegerPtr(m_map->GetNode("GevCurrentIPAddress"))->GetRepresentation(), IPV4Address);
-    EXPECT_EQ(CIntegerPtr(m_map->GetNode("GevMACAddress"))->GetRepresentation(), MACAddress);
-    EXPECT_EQ(CFloatPtr(m_map->GetNode("ExposureTime"))->GetRepresentation(), Logarithmic);
-    EXPECT_EQ(Int(*m_map, "GevCurrentIPAddress"), 0xA9FE0708);
-    EXPECT_EQ(Int(*m_map, "GevMACAddress"), static_cast<std::int64_t>(Find("1")->macAddress));
-    EXPECT_EQ(CIntegerPtr(m_map->GetNode("BinningHorizontal"))->GetListOfValidValues(),
-              (int64_autovector_t{1, 2, 4}));
-}
-
 } // namespace
 } // namespace Norvane::Transport::Emulator

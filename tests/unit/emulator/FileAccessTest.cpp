@@ -133,11 +133,5 @@ TEST_F(FileAccessTest, TroubleInTheMiddle) {
     EXPECT_EQ(Upload(std::vector<std::uint8_t>(17U << 20U)), (16U << 20U) - 65536U) << "the store is full";
 }
 
-TEST_F(FileAccessTest, FileAccessLengthMayBeReadOnly) {
-    Begin("file-length-access=RO\nfile-buffer=4096\n");
-    EXPECT_EQ(AccessOf(*m_map, "FileAccessLength"), GenApi::RO);
-    EXPECT_LT(Int(*m_map, "FileAccessLength"), 4096);
-}
-
 } // namespace
 } // namespace Norvane::Transport::Emulator
