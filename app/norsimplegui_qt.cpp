@@ -86,10 +86,8 @@ NorSimpleGUI_QT::~NorSimpleGUI_QT() {
     CleanupNorInstance();
     // Qt would delete these children only after the members, and with them the system, are gone; the cameras
     // that they hold must go first.
-    for (const auto& displays : {m_imageDisplays, m_displaysToDelete}) {
-        for (const auto& display : displays) {
-            delete display.data();
-        }
+    for (wImageDisplay* display : findChildren<wImageDisplay*>()) { // also those that still write
+        delete display;
     }
     delete m_featureTabs.data();
     if (m_deviceList) {
@@ -368,7 +366,7 @@ void NorSimpleGUI_QT::OnDeviceRemoval(int serial) {
     const QMutexLocker lock(&m_displayMutex);
     for (const auto& display : qAsConst(m_displaysToDelete)) {
         if (display) {
-            display->deleteLater();
+            display->deleteWhenWritten();
         }
     }
     m_displaysToDelete.clear();

@@ -2,6 +2,7 @@
 
 #include "Guarded.h"
 
+#include <QThread>
 #include <QtDebug>
 
 #include <chrono>
@@ -174,6 +175,18 @@ void ImageCapture::close() {
             }
         });
     }
+    if (m_recorder.IsRecording()) {
+        m_recorder.Stop();
+    }
+}
+
+void ImageCapture::endThread() {
+    // Behind the images that the thread was told of.
+    const auto end = [this] {
+        m_recorder.End();
+        thread()->quit();
+    };
+    QMetaObject::invokeMethod(this, end, Qt::QueuedConnection);
 }
 
 void ImageCapture::OnImageEvent(ImagePtr image) {

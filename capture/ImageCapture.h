@@ -49,9 +49,12 @@ public:
     /// On the camera's thread, for every image.
     void OnImageEvent(Norvane::ImagePtr image) override;
 
-    /// Ends acquisition for good, also a single capture that still waits for its image: from now on the
-    /// worker's thread comes to rest, so that its owner can wait for it.
+    /// Ends acquisition for good, also a single capture that still waits for its image, and stops a
+    /// recording: from now on the worker's thread comes to rest, so that its owner can wait for it.
     void close();
+    /// Has the worker's thread write what the recording still holds, which may take minutes, and end. After
+    /// close(); returns at once.
+    void endThread();
 
 public slots:
     void OnStartContinuousCapture();

@@ -40,6 +40,14 @@ Recorder::~Recorder() {
     }
 }
 
+void Recorder::End() {
+    m_recording = false;
+    Drain();
+    if (m_runIsOpen) {
+        Finish();
+    }
+}
+
 RecordingSettings Recorder::Settings() const {
     const std::lock_guard lock(m_settingsLock);
     return m_settings;

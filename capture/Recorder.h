@@ -40,6 +40,9 @@ public:
     void Stop();
     /// The run's time is over.
     void TimeOut();
+    bool IsRecording() const { return m_recording; }
+    /// By the worker's thread, once no more images come: writes what is left and finishes the files.
+    void End();
 
     /// By the camera's thread, for every image.
     void TakeImage(const Norvane::ImagePtr& image);

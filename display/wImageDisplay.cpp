@@ -65,7 +65,6 @@ wImageDisplay::~wImageDisplay() {
 }
 
 void wImageDisplay::tearDown() {
-    disconnect(qApp, nullptr, this, nullptr); // the focus moves while the widgets below are destroyed
     // The focus moves while children go, and the tool bar is one of the first.
     disconnect(qApp, nullptr, this, nullptr);
     if (m_imageCapture) {
@@ -399,7 +398,20 @@ void wImageDisplay::resizeEvent(QResizeEvent* event) {
 void wImageDisplay::closeEvent(QCloseEvent* event) {
     OnStopStream();
     emit disconnectImDisplay(m_camera);
+    if (testAttribute(Qt::WA_DeleteOnClose)) {
+        deleteWhenWritten();
+    }
     QDockWidget::closeEvent(event);
+}
+
+void wImageDisplay::deleteWhenWritten() {
+    setAttribute(Qt::WA_DeleteOnClose, false);
+    if (std::exchange(m_isLeaving, true)) {
+        return;
+    }
+    connect(m_captureThread, &QThread::finished, this, &QObject::deleteLater);
+    m_imageCapture->close();
+    m_imageCapture->endThread();
 }
 
 bool wImageDisplay::eventFilter(QObject* watched, QEvent* event) {

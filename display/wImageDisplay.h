@@ -87,6 +87,11 @@ public slots:
     void setDisplayLimit();
     void colorProcessingAlgorithmSelect(QAction* action);
 
+public:
+    /// Deletes this, as deleteLater(), once its recording lies on the disk; until then the recording dialog
+    /// shows how far it is and can abort it. The destructor would hold the window up for as long.
+    void deleteWhenWritten();
+
 signals:
     void startContinuousCapture();
     void stopContinuousCapture();
@@ -131,6 +136,7 @@ private:
     int m_deviceSerial = -1;
     bool m_singleGrabPending = false;
     int m_modeToRestore = -1; // after a single grab; -1 when there is none
+    bool m_isLeaving = false; // its camera or its window is gone, its recording not yet
     QPointer<QThread> m_captureThread;
     QPointer<ImageCapture> m_imageCapture;
     QMutex m_mutex;
