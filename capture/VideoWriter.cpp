@@ -3,12 +3,16 @@
 #include <QTime>
 #include <QtDebug>
 
+#include <algorithm>
+#include <limits>
+
 namespace {
 
 template <class Option>
 Option optionFor(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
     Option option;
-    option.frameRate = static_cast<float>(settings.videoFrameRate);
+    option.frameRate = static_cast<float>(std::clamp<double>(
+        settings.videoFrameRate, std::numeric_limits<float>::min(), std::numeric_limits<float>::max()));
     option.width = static_cast<unsigned int>(image->GetWidth());
     option.height = static_cast<unsigned int>(image->GetHeight());
     return option;

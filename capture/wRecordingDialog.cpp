@@ -8,6 +8,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace {
@@ -15,9 +16,18 @@ namespace {
 constexpr int kInvalidTextTime = 2000; // ms
 constexpr int kStreamingOffDelay = 5;  // ms
 
-/// The number in an edit; 0 for anything else.
+/// The whole number in an edit, the largest or smallest that there is for one of more digits; 0 for anything
+/// else.
 qint64 numberIn(const QLineEdit* edit) {
-    return edit->text().toLongLong();
+    const QString text = edit->text();
+    bool fits = false;
+    const qint64 number = text.toLongLong(&fits);
+    static const QRegularExpression wholeNumber(QStringLiteral("^-?\\d+$"));
+    if (fits || !wholeNumber.match(text).hasMatch()) {
+        return number;
+    }
+    return text.startsWith(QLatin1Char('-')) ? std::numeric_limits<qint64>::min()
+                                             : std::numeric_limits<qint64>::max();
 }
 
 unsigned int unsignedIn(const QLineEdit* edit) {
@@ -331,7 +341,8 @@ void wRecordingDialog::OnUpdateVideoFileSplitSize() {
 }
 
 void wRecordingDialog::OnChangeVideoFrameRate() {
-    if (const double rate = m_ui->editBox_FrameRate->text().toDouble(); rate > 0.0) {
+    // Endless is no rate, and would cost the whole video.
+    if (const double rate = m_ui->editBox_FrameRate->text().toDouble(); rate > 0.0 && std::isfinite(rate)) {
         emit updateVideoFrameRate(rate);
     }
 }

@@ -39,8 +39,9 @@ VideoFormat FormatOf(Codec codec, const Option& option) {
 
 AVRational ExactRate(double framesPerSecond) {
     const std::int64_t denominator = framesPerSecond < 1.0 ? 1'000'000 : 1000;
-    const std::int64_t numerator = std::clamp<std::int64_t>(
-        std::llround(framesPerSecond * static_cast<double>(denominator)), 1, std::numeric_limits<int>::max());
+    // Limited before it is rounded: a rate may be larger than any integer.
+    const std::int64_t numerator = std::llround(std::clamp<double>(
+        framesPerSecond * static_cast<double>(denominator), 1.0, std::numeric_limits<int>::max()));
     const std::int64_t divisor = std::gcd(numerator, denominator);
     return {static_cast<int>(numerator / divisor), static_cast<int>(denominator / divisor)};
 }

@@ -238,6 +238,12 @@ TEST_P(EveryVideo, SaysWhatItCannotDo) {
     EXPECT_EQ(CountFrames(Path("a") + GetParam().extension), 2);
     video.Close();
 
+    Open(video, GetParam().kind, Path("fast"), 64, 48, 1e20F); // as fast as a file can say
+    video.Append(Frame(64, 48, 0).image);
+    video.Append(Frame(64, 48, 1).image);
+    video.Close();
+    EXPECT_LT(std::stod(Probe(Path("fast") + GetParam().extension, "duration")), 1.0);
+
     Open(video, GetParam().kind, Path("empty"), 64, 48);
     video.Close();
     EXPECT_FALSE(std::filesystem::exists(Path("empty") + GetParam().extension))
