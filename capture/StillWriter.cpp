@@ -2,6 +2,8 @@
 
 #include <QTime>
 
+#include <algorithm>
+
 namespace {
 
 const char* extensionOf(RecordImFormat format) {
@@ -26,6 +28,14 @@ const char* extensionOf(RecordImFormat format) {
     return ".raw";
 }
 
+/// What is typed for a quality has no limits, and the library refuses what a format does not know: the
+/// nearest that it knows loses no image.
+template <class Option>
+Option within(Option option, unsigned int most) {
+    option.quality = std::clamp(option.quality, 1U, most);
+    return option;
+}
+
 } // namespace
 
 std::string StillWriter::Write(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
@@ -46,9 +56,9 @@ void StillWriter::Save(const Norvane::ImagePtr& image, const char* fileName,
     case BMP:
         return image->Save(fileName, settings.bmp);
     case JPEG:
-        return image->Save(fileName, settings.jpeg);
+        return image->Save(fileName, within(settings.jpeg, 100));
     case JPEG2000:
-        return image->Save(fileName, settings.jpeg2000);
+        return image->Save(fileName, within(settings.jpeg2000, 512));
     case TIFF:
         return image->Save(fileName, settings.tiff);
     case PNG:

@@ -114,9 +114,11 @@ TEST_F(RecordingDialogTest, OptionsReachTheWorkerAsTyped) {
     QSignalSpy save(&m_dialog, &wRecordingDialog::updateSaveOptions);
     m_hands.Select("radio_OneOfN");
     m_hands.Enter("editBox_EveryN", "3");
-    m_hands.Enter("editBox_RunFrames", "99999999999");
     EXPECT_EQ(save.last().at(1).toUInt(), 3U);
-    EXPECT_EQ(save.last().at(2).toUInt(), 4294967295U);
+    for (const char* huge : {"99999999999", "99999999999999999999"}) {
+        m_hands.Enter("editBox_RunFrames", huge);
+        EXPECT_EQ(save.last().at(2).toUInt(), 4294967295U) << huge;
+    }
 
     QSignalSpy tiff(&m_dialog, &wRecordingDialog::updateTIFFOptions);
     m_hands.Get<QComboBox>("comboBox_CompressionTiff")->setCurrentText("LZW");
@@ -130,7 +132,8 @@ TEST_F(RecordingDialogTest, OptionsReachTheWorkerAsTyped) {
     EXPECT_FALSE(m_hands.Get<QWidget>("groupBox_VideoFileSplitSizeOptions")->isVisible());
     m_hands.Enter("editBox_Bitrate", "0");
     m_hands.Enter("editBox_FrameRate", "0");
-    EXPECT_EQ(bitrate.count() + rate.count(), 0) << "nothing below one is sent";
+    m_hands.Enter("editBox_FrameRate", "inf");
+    EXPECT_EQ(bitrate.count() + rate.count(), 0) << "what is no rate is not sent";
     m_hands.Enter("editBox_FrameRate", "29.97");
     EXPECT_EQ(rate.last().first().toDouble(), 29.97);
     m_dialog.OnFrameRateChanged(59.9401234);
@@ -206,6 +209,24 @@ TEST_F(DisplayRecordingTest, RecordsAVideoUntilStoppedAndThenAnother) {
         EXPECT_SOON(QTime::currentTime().second() != second);
     }
     EXPECT_EQ(Files("*MJPG.avi").size(), 2);
+}
+
+TEST_F(DisplayRecordingTest, LeavingWithAFullBufferKeepsTheWindowFreeAndEveryImage) {
+    OpenRecorder("width = 640\nheight = 480\nframe-rate = 200\n"); // faster than images are packed
+    m_hands->Get<QComboBox>("comboBox_ImageFormat")->setCurrentText("PNG");
+    m_hands->Enter("editBox_FramesToGrab", "15");
+    StreamUntilShown();
+    m_hands->Press("button_StartRecord");
+    ASSERT_SOON(m_hands->Count("label_RemainingImages").toInt() >= 5);
+    m_display->deleteWhenWritten();
+    int buffered = m_hands->Count("label_BufferedImages").toInt();
+    EXPECT_LT(Files("*.png").size(), buffered);
+    EXPECT_SOON(m_hands->Get<QPushButton>("button_StopRecord")->text() == "Abort Saving");
+    EXPECT_SOON([&] {
+        buffered = m_display ? m_hands->Count("label_BufferedImages").toInt() : buffered;
+        return !m_display;
+    }());
+    EXPECT_EQ(Files("*.png").size(), buffered);
 }
 
 TEST_F(DisplayRecordingTest, UnpluggingInMidRecordingKeepsTheVideo) {

@@ -181,11 +181,14 @@ protected:
 TEST_F(RecordingTest, SkipRulesThinABufferedRunOut) {
     m_capture.OnUpdateSaveMode(SAVE_ONE_OF_N);
     m_capture.OnUpdateSaveOptions(0, 3, 10, 0, 1, 0);
+    m_capture.OnUpdateImageFormat(JPEG);
+    m_capture.OnUpdateJPEGOption({false, 4294967295U}); // more than there is
     m_capture.OnStartRecording();
     DeliverSlowly(12);
     WaitUntilDone();
     EXPECT_EQ(Last(m_grabbed), 9U);
     EXPECT_EQ(m_saved, 3U);
+    EXPECT_EQ(FilesIn("*.jpg"), 3);
 }
 
 TEST_F(RecordingTest, StoppingByHandIsSaidSo) {
