@@ -1,10 +1,12 @@
 #include "VideoWriter.h"
 
+#include <QFileInfo>
 #include <QTime>
 #include <QtDebug>
 
 #include <algorithm>
 #include <limits>
+#include <mutex>
 
 namespace {
 
@@ -16,6 +18,35 @@ Option optionFor(const Norvane::ImagePtr& image, const RecordingSettings& settin
     option.width = static_cast<unsigned int>(image->GetWidth());
     option.height = static_cast<unsigned int>(image->GetHeight());
     return option;
+}
+
+const char* nameOf(RecordVideoFileType type) {
+    switch (type) {
+    case UNCOMPRESSED:
+        return "Uncompressed";
+    case MJPG:
+        return "MJPG";
+    case H264:
+        break;
+    }
+    return "H264";
+}
+
+/// Folder and name, less what the writer adds, of a video that there is not yet: a camera that was started in
+/// the same second may be writing it, and it may be yesterday's. The name's second is then one that is free.
+QString freeStem(const RecordingSettings& settings) {
+    constexpr int kSecondsADay = 86400;
+    const QTime now = QTime::currentTime();
+    QString stem;
+    for (int later = 0; later < kSecondsADay; ++later) {
+        stem = settings.folder + "/" + now.addSecs(later).toString(QStringLiteral("hh_mm_ss")) +
+               nameOf(settings.videoType);
+        const char* extension = settings.videoType == H264 ? ".mp4" : ".avi";
+        if (!QFileInfo::exists(stem + extension) && !QFileInfo::exists(stem + "-0000" + extension)) {
+            break;
+        }
+    }
+    return stem;
 }
 
 } // namespace
@@ -37,24 +68,25 @@ std::string VideoWriter::Append(const Norvane::ImagePtr& image, const RecordingS
 }
 
 void VideoWriter::Open(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
-    const QByteArray stem =
-        (settings.folder + "/" + QTime::currentTime().toString(QStringLiteral("hh_mm_ss"))).toUtf8();
+    static std::mutex s_naming; // until the file is there, for the writers of all cameras
+    const std::lock_guard lock(s_naming);
+    const QByteArray stem = freeStem(settings).toUtf8();
     switch (settings.videoType) {
     case UNCOMPRESSED: {
         auto option = optionFor<Norvane::Video::AVIOption>(image, settings);
-        m_writer.Open((stem + "Uncompressed").constData(), option);
+        m_writer.Open(stem.constData(), option);
         break;
     }
     case MJPG: {
         auto option = optionFor<Norvane::Video::MJPGOption>(image, settings);
         option.quality = static_cast<unsigned int>(settings.mjpegQuality);
-        m_writer.Open((stem + "MJPG").constData(), option);
+        m_writer.Open(stem.constData(), option);
         break;
     }
     case H264: {
         auto option = optionFor<Norvane::Video::H264Option>(image, settings);
         option.bitrate = static_cast<unsigned int>(settings.h264Bitrate);
-        m_writer.Open((stem + "H264").constData(), option);
+        m_writer.Open(stem.constData(), option);
         break;
     }
     }

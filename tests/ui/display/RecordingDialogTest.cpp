@@ -204,11 +204,8 @@ TEST_F(DisplayRecordingTest, RecordsAVideoUntilStoppedAndThenAnother) {
         ASSERT_SOON(m_hands->Count("label_SavedImages").toInt() >= 10) << mode;
         m_hands->Press("button_StopRecord");
         ASSERT_SOON(m_hands->Get<QPushButton>("button_StartRecord")->isEnabled()) << mode;
-        // The next file's name must differ, and names tell seconds.
-        const int second = QTime::currentTime().second();
-        EXPECT_SOON(QTime::currentTime().second() != second);
     }
-    EXPECT_EQ(Files("*MJPG.avi").size(), 2);
+    EXPECT_EQ(Files("*MJPG.avi").size(), 2) << "also when they begin within a second, which names tell";
 }
 
 TEST_F(DisplayRecordingTest, LeavingWithAFullBufferKeepsTheWindowFreeAndEveryImage) {
