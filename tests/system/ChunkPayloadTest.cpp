@@ -109,6 +109,7 @@ protected:
         const InferenceBoundingBoxResult boxes = chunks.GetInferenceBoundingBoxResult();
         ASSERT_GT(boxes.GetBoxCount(), 0);
         const InferenceBoundingBox box = boxes.GetBoxAt(0);
+        EXPECT_TRUE(0 <= box.classId && box.classId < 3) << box.classId;
         EXPECT_TRUE(box.confidence > 0 && box.confidence <= 1) << box.confidence;
         EXPECT_TRUE(0 <= box.topLeftX && box.topLeftX < box.bottomRightX && box.bottomRightX <= 64);
     }

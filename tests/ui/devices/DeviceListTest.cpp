@@ -146,7 +146,11 @@ TEST_F(DeviceListTest, ClicksTellWhatIsSelectedAndSetTheButtons) {
     ASSERT_EQ(display.count(), 1);
     EXPECT_EQ(display[0][0].value<Norvane::InterfacePtr>(), m_usb);
     EXPECT_EQ(display[0][1].value<Norvane::CameraPtr>(), m_usbCamera);
-    EXPECT_TRUE(Button("actionDisconnectDevice")->isEnabled());
+    const QSignalSpy disconnect(m_list.get(), &wDeviceList::notifyDisconnectDevice);
+    QTest::mouseClick(Button("actionDisconnectDevice"), Qt::LeftButton);
+    QTest::mouseClick(Button("actionDisconnectDevice"), Qt::LeftButton);
+    ASSERT_EQ(disconnect.count(), 1) << "asked for once";
+    EXPECT_EQ(disconnect[0][0].value<Norvane::CameraPtr>(), m_usbCamera);
 
     QTest::mouseDClick(m_tree->viewport(), Qt::LeftButton, {}, m_tree->visualItemRect(Row(2, 0)).center());
     ASSERT_EQ(stream.count(), 1);
