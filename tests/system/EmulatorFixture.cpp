@@ -5,11 +5,8 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <thread>
 
 namespace Norvane::Test {
-
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -25,17 +22,6 @@ std::map<std::string, std::string> KeysOf(const std::string& text) {
 }
 
 } // namespace
-
-bool Eventually(const std::function<bool()>& condition) {
-    const auto deadline = std::chrono::steady_clock::now() + 10s;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(2ms);
-    }
-    return true;
-}
 
 Error ErrorOf(const std::function<void()>& action) {
     try {
@@ -126,21 +112,6 @@ CameraPtr EmulatorFixture::Find(const std::string& serial) {
         return found.IsValid();
     });
     return found;
-}
-
-std::string TextOf(GenApi::INodeMap& map, const char* node) {
-    const GenApi::CValuePtr value = map.GetNode(node);
-    return value->ToString().str();
-}
-
-std::int64_t NumberOf(GenApi::INodeMap& map, const char* node) {
-    const GenApi::CIntegerPtr value = map.GetNode(node);
-    return value->GetValue();
-}
-
-void SetText(GenApi::INodeMap& map, const char* node, const std::string& text) {
-    const GenApi::CValuePtr value = map.GetNode(node);
-    value->FromString(text);
 }
 
 } // namespace Norvane::Test

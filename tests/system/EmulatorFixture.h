@@ -1,10 +1,12 @@
 #pragma once
 
+#include "Nodes.h"
+
 #include "norvane/Norvane.h"
 
 #include <gmock/gmock.h>
 
-#include <chrono>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -12,11 +14,27 @@
 
 namespace Norvane::Test {
 
-/// Waits until `condition()` holds; false after ten seconds, which is far longer than anything takes.
-bool Eventually(const std::function<bool()>& condition);
-
 /// The error code that `action` throws, Success when it throws nothing.
 Error ErrorOf(const std::function<void()>& action);
+
+struct ImageCounter : ImageEventHandler {
+    void OnImageEvent(ImagePtr image) override {
+        ++(image->IsIncomplete() ? incomplete : complete);
+        ++images;
+        bytes = image->GetImageSize();
+    }
+    std::atomic<int> images{0};
+    std::atomic<int> complete{0};
+    std::atomic<int> incomplete{0};
+    std::atomic<std::size_t> bytes{0};
+};
+
+struct RemovalRecorder : InterfaceEventHandler {
+    void OnDeviceArrival(std::uint64_t) override { ++arrivals; }
+    void OnDeviceRemoval(std::uint64_t number) override { removed = number; }
+    std::atomic<int> arrivals{0};
+    std::atomic<std::uint64_t> removed{0};
+};
 
 /// The camera system as a program has it, over an emulator's description file that the test edits. The suite
 /// runs in a network namespace of its own, so no other camera is seen.
@@ -48,9 +66,5 @@ private:
     std::string m_folder;
     std::map<std::string, std::map<std::string, std::string>> m_sections;
 };
-
-std::string TextOf(GenApi::INodeMap& map, const char* node);
-std::int64_t NumberOf(GenApi::INodeMap& map, const char* node);
-void SetText(GenApi::INodeMap& map, const char* node, const std::string& text);
 
 } // namespace Norvane::Test

@@ -13,26 +13,6 @@ using namespace std::chrono_literals;
 
 class EmulatorSystemTest : public EmulatorFixture {};
 
-class ImageCounter : public ImageEventHandler {
-public:
-    void OnImageEvent(ImagePtr image) override {
-        ++images;
-        incomplete += image->IsIncomplete() ? 1 : 0;
-        bytes = image->GetImageSize();
-    }
-    std::atomic<int> images{0};
-    std::atomic<int> incomplete{0};
-    std::atomic<std::size_t> bytes{0};
-};
-
-class RemovalRecorder : public InterfaceEventHandler {
-public:
-    void OnDeviceArrival(std::uint64_t) override { ++arrivals; }
-    void OnDeviceRemoval(std::uint64_t number) override { removed = number; }
-    std::atomic<int> arrivals{0};
-    std::atomic<std::uint64_t> removed{0};
-};
-
 TEST_F(EmulatorSystemTest, UnplugAndPlugInMidStream) {
     AddInterface();
     AddCamera("1001");

@@ -49,21 +49,6 @@ protected:
     SystemPtr m_system;
 };
 
-struct Counter : ImageEventHandler {
-    void OnImageEvent(ImagePtr image) override {
-        complete += image->IsIncomplete() ? 0 : 1;
-        ++images;
-    }
-    std::atomic<int> images{0};
-    std::atomic<int> complete{0};
-};
-
-struct Removals : InterfaceEventHandler {
-    void OnDeviceArrival(std::uint64_t) override {}
-    void OnDeviceRemoval(std::uint64_t number) override { removed = number; }
-    std::atomic<std::uint64_t> removed{0};
-};
-
 TEST_F(GigeSystemTest, ACameraStreamsDisappearsAndComesBack) {
     const std::vector<std::string> arguments{"-s", "4711"};
     std::optional<FakeCamera> process(arguments);
@@ -73,10 +58,10 @@ TEST_F(GigeSystemTest, ACameraStreamsDisappearsAndComesBack) {
     EXPECT_EQ(camera->GetDeviceNumber(), 4711U);
     EXPECT_EQ(NumberOf(camera->GetTLDeviceNodeMap(), "GevDeviceIPAddress"), 0x7F000001);
     EXPECT_EQ(TextOf(camera->GetTLDeviceNodeMap(), "GevDeviceIsWrongSubnet"), "0");
-    Removals removals;
+    RemovalRecorder removals;
     m_system->RegisterInterfaceEventHandler(removals);
     for (int round = 0; round < 2; ++round) {
-        Counter counter;
+        ImageCounter counter;
         camera->Init();
         Configure(camera);
         camera->RegisterEventHandler(counter);
@@ -123,7 +108,7 @@ TEST_F(GigeSystemTest, LostPacketsShowInTheStatistics) {
     ASSERT_TRUE(camera.IsValid());
     camera->Init();
     Configure(camera);
-    Counter counter;
+    ImageCounter counter;
     camera->RegisterEventHandler(counter);
     camera->BeginAcquisition();
     GenApi::INodeMap& stream = camera->GetTLStreamNodeMap();

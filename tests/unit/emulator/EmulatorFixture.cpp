@@ -70,34 +70,8 @@ std::vector<std::string> EmulatorFixture::Complaints() {
     return g_complaints;
 }
 
-bool Eventually(const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
-}
-
-std::int64_t Int(GenApi::INodeMap& map, const char* name) {
-    if (const GenApi::CEnumerationPtr enumeration = map.GetNode(name)) {
-        return enumeration->GetIntValue();
-    }
-    return GenApi::CIntegerPtr(map.GetNode(name))->GetValue();
-}
-
 double Real(GenApi::INodeMap& map, const char* name) {
     return GenApi::CFloatPtr(map.GetNode(name))->GetValue();
-}
-
-std::string Text(GenApi::INodeMap& map, const char* name) {
-    return GenApi::CValuePtr(map.GetNode(name))->ToString().str();
-}
-
-void Set(GenApi::INodeMap& map, const char* name, const std::string& value) {
-    GenApi::CValuePtr(map.GetNode(name))->FromString(value);
 }
 
 void Execute(GenApi::INodeMap& map, const char* name) {

@@ -1,17 +1,15 @@
 #pragma once
 
+#include "../../system/Nodes.h"
 #include "norvane/genapi/GenApi.h"
 #include "norvane/genapi/NodeMapFactory.h"
 #include "transport/emulator/EmulatorTransport.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace Norvane::Transport::Emulator {
@@ -41,14 +39,12 @@ private:
     std::filesystem::path m_folder;
 };
 
-/// Waits until the condition holds, at most ten seconds.
-bool Eventually(const std::function<bool()>& condition);
+using Test::Eventually;
+using Test::NumberOf;
+using Test::SetText;
+using Test::TextOf;
 
-// Nodes by name; a missing one or one of another kind throws, and so fails the test.
-std::int64_t Int(GenApi::INodeMap& map, const char* name);
 double Real(GenApi::INodeMap& map, const char* name);
-std::string Text(GenApi::INodeMap& map, const char* name); ///< of any kind of value
-void Set(GenApi::INodeMap& map, const char* name, const std::string& value);
 void Execute(GenApi::INodeMap& map, const char* name);
 GenApi::EAccessMode AccessOf(GenApi::INodeMap& map, const char* name);
 

@@ -21,7 +21,7 @@ protected:
     std::int64_t Max(const char* name) { return CIntegerPtr(m_map->GetNode(name))->GetMax(); }
     bool Refuses(const char* name, const std::string& value) {
         try {
-            Set(*m_map, name, value);
+            SetText(*m_map, name, value);
             return false;
         } catch (const Exception&) {
             return true;
@@ -111,11 +111,11 @@ TEST_F(FeatureBehaviourTest, FeaturesFollowOneAnother) {
         Begin();
         for (const Step& step : steps) {
             SCOPED_TRACE(std::string(step.feature) + " = " + step.value);
-            ASSERT_NO_THROW(*step.value ? Set(*m_map, step.feature, step.value)
+            ASSERT_NO_THROW(*step.value ? SetText(*m_map, step.feature, step.value)
                                         : Execute(*m_map, step.feature));
             m_map->Poll(500);
             for (const auto& [feature, value] : step.expected) {
-                EXPECT_EQ(Text(*m_map, feature), value) << feature;
+                EXPECT_EQ(TextOf(*m_map, feature), value) << feature;
             }
         }
     }
@@ -125,9 +125,9 @@ TEST_F(FeatureBehaviourTest, RangesDependOnOneAnother) {
     Begin();
     EXPECT_EQ(Max("Width"), 640);
     EXPECT_EQ(Max("OffsetX"), 0);
-    Set(*m_map, "Width", "400");
+    SetText(*m_map, "Width", "400");
     EXPECT_EQ(Max("OffsetX"), 240);
-    Set(*m_map, "OffsetX", "100");
+    SetText(*m_map, "OffsetX", "100");
     EXPECT_EQ(Max("Width"), 540);
     EXPECT_TRUE(Refuses("Width", "544"));
     EXPECT_TRUE(Refuses("Width", "402"));
@@ -192,7 +192,7 @@ TEST_F(FeatureBehaviourTest, AvailabilityFollowsOtherFeatures) {
         Begin();
         std::string trace = each.feature;
         for (const auto& [feature, value] : each.settings) {
-            Set(*m_map, feature, value);
+            SetText(*m_map, feature, value);
             trace += std::string(" with ") + feature + " = " + value;
         }
         EXPECT_EQ(AccessOf(*m_map, each.feature), each.mode) << trace;
@@ -200,38 +200,38 @@ TEST_F(FeatureBehaviourTest, AvailabilityFollowsOtherFeatures) {
     Begin("pixel-format=Mono8\ninference=classification\n");
     EXPECT_EQ(AccessOf(*m_map, "BalanceRatio"), NI);
     EXPECT_EQ(AccessOf(*m_map, "InferenceEnable"), RW);
-    EXPECT_EQ(Int(*m_map, "InferenceNetworkTypeSelector"), 0);
+    EXPECT_EQ(NumberOf(*m_map, "InferenceNetworkTypeSelector"), 0);
 }
 
 TEST_F(FeatureBehaviourTest, ClocksAndCountersRun) {
     Begin("width=64\nheight=64\nframe-rate=500\n");
     Execute(*m_map, "TimestampLatch");
-    const std::int64_t first = Int(*m_map, "TimestampLatchValue");
+    const std::int64_t first = NumberOf(*m_map, "TimestampLatchValue");
     EXPECT_TRUE(Eventually([&] {
         Execute(*m_map, "TimestampLatch");
-        return Int(*m_map, "TimestampLatchValue") > first;
+        return NumberOf(*m_map, "TimestampLatchValue") > first;
     }));
     Execute(*m_map, "TimestampReset");
     Execute(*m_map, "TimestampLatch");
-    EXPECT_LT(Int(*m_map, "TimestampLatchValue"), first + 1000000000);
-    Set(*m_map, "CounterEventSource", "FrameStart");
-    Set(*m_map, "EventNotification", "On");
+    EXPECT_LT(NumberOf(*m_map, "TimestampLatchValue"), first + 1000000000);
+    SetText(*m_map, "CounterEventSource", "FrameStart");
+    SetText(*m_map, "EventNotification", "On");
     const auto stream = m_device->OpenStream({});
-    Set(*m_map, "AcquisitionMode", "MultiFrame");
-    Set(*m_map, "AcquisitionFrameCount", "7");
+    SetText(*m_map, "AcquisitionMode", "MultiFrame");
+    SetText(*m_map, "AcquisitionFrameCount", "7");
     Execute(*m_map, "AcquisitionStart");
     for (int i = 0; i < 7; ++i) {
         ASSERT_TRUE(stream->Pop(5000));
     }
     m_map->Poll(1000);
-    EXPECT_EQ(Int(*m_map, "CounterValue"), 7);
-    EXPECT_EQ(Int(*m_map, "EventExposureEndFrameID"), 6);
+    EXPECT_EQ(NumberOf(*m_map, "CounterValue"), 7);
+    EXPECT_EQ(NumberOf(*m_map, "EventExposureEndFrameID"), 6);
     Execute(*m_map, "CounterReset");
-    EXPECT_EQ(Int(*m_map, "CounterValue"), 0);
-    EXPECT_EQ(Int(*m_map, "CounterValueAtReset"), 7);
+    EXPECT_EQ(NumberOf(*m_map, "CounterValue"), 0);
+    EXPECT_EQ(NumberOf(*m_map, "CounterValueAtReset"), 7);
     EXPECT_TRUE(Eventually([&] {
         m_map->Poll(250);
-        return Int(*m_map, "LineStatusAll") & 1;
+        return NumberOf(*m_map, "LineStatusAll") & 1;
     })) << "a square wave stands at the first input";
 }
 

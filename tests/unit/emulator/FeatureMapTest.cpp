@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <map>
 #include <set>
 
@@ -137,7 +138,7 @@ TEST_P(FeatureMapTest, CachedValuesAreWhatTheRegistersHold) {
              {"UserSetSelector", "UserSet0"},
              {"UserSetLoad", ""},
          }) {
-        *value ? Set(*map, name, value) : Execute(*map, name);
+        *value ? SetText(*map, name, value) : Execute(*map, name);
         audit(std::string(name) + " = " + value);
     }
     EXPECT_GE(features.size(), 165U);

@@ -18,12 +18,12 @@ protected:
         m_map = Map(m_device);
     }
     bool Do(const char* operation) {
-        Set(*m_map, "FileOperationSelector", operation);
+        SetText(*m_map, "FileOperationSelector", operation);
         Execute(*m_map, "FileOperationExecute");
-        return Text(*m_map, "FileOperationStatus") == "Success";
+        return TextOf(*m_map, "FileOperationStatus") == "Success";
     }
     bool OpenFor(const char* mode) {
-        Set(*m_map, "FileOpenMode", mode);
+        SetText(*m_map, "FileOpenMode", mode);
         return Do("Open");
     }
     /// As a host does that never sets the offset. @returns the bytes that went
@@ -38,9 +38,9 @@ protected:
                                             bytes.begin() + static_cast<std::ptrdiff_t>(sent + part));
             block.resize((part + 3) / 4 * 4, 0xFF);
             buffer->Set(block.data(), static_cast<std::int64_t>(block.size()));
-            Set(*m_map, "FileAccessLength", std::to_string(part));
+            SetText(*m_map, "FileAccessLength", std::to_string(part));
             const bool good = Do("Write");
-            sent += static_cast<std::size_t>(Int(*m_map, "FileOperationResult"));
+            sent += static_cast<std::size_t>(NumberOf(*m_map, "FileOperationResult"));
             if (!good) {
                 break;
             }
@@ -52,10 +52,10 @@ protected:
         std::vector<std::uint8_t> bytes;
         EXPECT_TRUE(OpenFor("Read"));
         const GenApi::CRegisterPtr buffer = m_map->GetNode("FileAccessBuffer");
-        const auto size = static_cast<std::size_t>(Int(*m_map, "FileSize"));
-        Set(*m_map, "FileAccessLength", std::to_string(buffer->GetLength()));
+        const auto size = static_cast<std::size_t>(NumberOf(*m_map, "FileSize"));
+        SetText(*m_map, "FileAccessLength", std::to_string(buffer->GetLength()));
         while (bytes.size() < size && Do("Read")) {
-            const auto part = static_cast<std::size_t>(Int(*m_map, "FileOperationResult"));
+            const auto part = static_cast<std::size_t>(NumberOf(*m_map, "FileOperationResult"));
             std::vector<std::uint8_t> block(static_cast<std::size_t>(buffer->GetLength()));
             buffer->Get(block.data(), static_cast<std::int64_t>(block.size()), false, true);
             bytes.insert(bytes.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(part));
@@ -81,19 +81,19 @@ TEST_F(FileAccessTest, WhatGoesUpComesDown) {
     for (const std::size_t size : {0U, 1U, 3U, 4U, 5U, 1023U, 1024U, 1025U, 300001U}) {
         const auto bytes = Bytes(size);
         EXPECT_EQ(Upload(bytes), size);
-        EXPECT_EQ(Int(*m_map, "FileSize"), static_cast<std::int64_t>(size));
+        EXPECT_EQ(NumberOf(*m_map, "FileSize"), static_cast<std::int64_t>(size));
         EXPECT_EQ(Download(), bytes) << size;
     }
 }
 
 TEST_F(FileAccessTest, FlashOutlivesAPowerCycleAndMemoryDoesNot) {
     Begin();
-    Set(*m_map, "FileWriteToFlash", "true");
+    SetText(*m_map, "FileWriteToFlash", "true");
     Upload(Bytes(10));
-    Set(*m_map, "FileWriteToFlash", "false");
+    SetText(*m_map, "FileWriteToFlash", "false");
     Upload(Bytes(20));
     EXPECT_EQ(Download(), Bytes(20));
-    Set(*m_map, "FileSelector", "UserFile2");
+    SetText(*m_map, "FileSelector", "UserFile2");
     Upload(Bytes(30));
     Write("");
     ASSERT_TRUE(Eventually([&] { return !Find("1"); }));
@@ -101,8 +101,8 @@ TEST_F(FileAccessTest, FlashOutlivesAPowerCycleAndMemoryDoesNot) {
     ASSERT_TRUE(Eventually([&] { return Find("1").has_value(); }));
     Reopen();
     EXPECT_EQ(Download(), Bytes(10));
-    Set(*m_map, "FileSelector", "UserFile2");
-    EXPECT_EQ(Int(*m_map, "FileSize"), 0);
+    SetText(*m_map, "FileSelector", "UserFile2");
+    EXPECT_EQ(NumberOf(*m_map, "FileSize"), 0);
     EXPECT_FALSE(OpenFor("Read"));
 }
 
@@ -116,20 +116,20 @@ TEST_F(FileAccessTest, OperationsOutOfTurnFail) {
     EXPECT_TRUE(OpenFor("Write"));
     EXPECT_FALSE(OpenFor("Write"));
     EXPECT_FALSE(Do("Read"));
-    Set(*m_map, "FileAccessOffset", "5"); // past the end
+    SetText(*m_map, "FileAccessOffset", "5"); // past the end
     EXPECT_FALSE(Do("Write"));
     EXPECT_TRUE(Do("Close"));
     EXPECT_TRUE(Do("Delete"));
-    Set(*m_map, "FileSelector", "CalibrationData");
+    SetText(*m_map, "FileSelector", "CalibrationData");
     EXPECT_FALSE(OpenFor("Write"));
     EXPECT_EQ(Download().size(), 3001U);
 }
 
 TEST_F(FileAccessTest, TroubleInTheMiddle) {
     Begin("file-buffer=65536\n");
-    Set(*m_map, "FileSelector", "DefectiveFile");
+    SetText(*m_map, "FileSelector", "DefectiveFile");
     EXPECT_EQ(Upload(Bytes(200000)), 65536U);
-    Set(*m_map, "FileSelector", "UserFile1");
+    SetText(*m_map, "FileSelector", "UserFile1");
     EXPECT_EQ(Upload(std::vector<std::uint8_t>(17U << 20U)), (16U << 20U) - 65536U) << "the store is full";
 }
 

@@ -94,7 +94,7 @@ TEST_F(FileWatchingTest, KeysOfARunningCameraTakeEffectAtOnce) {
     }
     EXPECT_EQ(incomplete, 5);
     map->Poll(1000);
-    EXPECT_EQ(Int(*map, "InferenceNetworkTypeSelector"), 1);
+    EXPECT_EQ(NumberOf(*map, "InferenceNetworkTypeSelector"), 1);
     EXPECT_DOUBLE_EQ(Real(*map, "AcquisitionFrameRate"), 200.0);
 }
 

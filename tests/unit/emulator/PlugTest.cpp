@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <fstream>
+#include <thread>
 
 namespace Norvane::Transport::Emulator {
 namespace {
@@ -63,7 +64,7 @@ TEST_F(PlugTest, TheSecondOneWhoOpensOnlyReads) {
     EXPECT_EQ(second->CurrentAccess(), Access::ReadOnly);
     const auto map = Map(second);
     EXPECT_EQ(AccessOf(*map, "Width"), GenApi::RO);
-    EXPECT_NO_THROW(Int(*map, "Width"));
+    EXPECT_NO_THROW(NumberOf(*map, "Width"));
     first.reset();
     EXPECT_EQ(Open()->CurrentAccess(), Access::ReadWrite);
 }
@@ -80,7 +81,7 @@ TEST_F(PlugTest, ForceIpMovesACameraIntoItsInterfacesNetwork) {
     EXPECT_NE(moved->ipAddress, Find("2")->ipAddress);
     EXPECT_NE(moved->ipAddress, 0x0A010001U);
     EXPECT_EQ(changes, 1);
-    EXPECT_EQ(Int(*Map(Open()), "GevCurrentIPAddress"), static_cast<std::int64_t>(moved->ipAddress));
+    EXPECT_EQ(NumberOf(*Map(Open()), "GevCurrentIPAddress"), static_cast<std::int64_t>(moved->ipAddress));
     EXPECT_THROW(m_transport->ForceIp("3"), Exception);
     EXPECT_THROW(m_transport->ForceIp("4"), Exception);
 }
@@ -89,14 +90,14 @@ TEST_F(PlugTest, AResetTakesTheCameraAwayAndBringsItBack) {
     Start(std::string(kHeader) + "[camera 1]\nwidth=64\nheight=64\n");
     const auto device = Open();
     const auto map = Map(device);
-    Set(*map, "UserSetSelector", "UserSet1");
-    Set(*map, "DeviceUserID", "Käfer");
-    Set(*map, "Width", "32");
+    SetText(*map, "UserSetSelector", "UserSet1");
+    SetText(*map, "DeviceUserID", "Käfer");
+    SetText(*map, "Width", "32");
     Execute(*map, "UserSetSave");
-    Set(*map, "UserSetDefault", "UserSet1");
-    Set(*map, "GevPersistentIPAddress", std::to_string(0x0A010909));
-    Set(*map, "GevPersistentSubnetMask", std::to_string(0xFFFF0000));
-    Set(*map, "GevCurrentIPConfigurationPersistentIP", "true");
+    SetText(*map, "UserSetDefault", "UserSet1");
+    SetText(*map, "GevPersistentIPAddress", std::to_string(0x0A010909));
+    SetText(*map, "GevPersistentSubnetMask", std::to_string(0xFFFF0000));
+    SetText(*map, "GevCurrentIPConfigurationPersistentIP", "true");
     EXPECT_NE(Find("1")->ipAddress, 0x0A010909U);
     EXPECT_TRUE(Eventually([&] { return GenApi::CCommandPtr(map->GetNode("UserSetSave"))->IsDone(); }));
     Execute(*map, "DeviceReset");
@@ -104,7 +105,7 @@ TEST_F(PlugTest, AResetTakesTheCameraAwayAndBringsItBack) {
     EXPECT_TRUE(Eventually([&] { return Find("1").has_value(); }));
     EXPECT_EQ(Find("1")->userName, "Käfer");
     EXPECT_EQ(Find("1")->ipAddress, 0x0A010909U);
-    EXPECT_EQ(Int(*Map(Open()), "Width"), 32);
+    EXPECT_EQ(NumberOf(*Map(Open()), "Width"), 32);
 }
 
 TEST_F(PlugTest, AnotherDescriptionStandsOverAPlainRegisterFile) {
@@ -126,7 +127,7 @@ TEST_F(PlugTest, AnotherDescriptionStandsOverAPlainRegisterFile) {
     EXPECT_EQ(frame->width, 320U);
     EXPECT_EQ(frame->height, 200U);
     EXPECT_THAT(Complaints(), testing::ElementsAre(testing::HasSubstr("missing.xml")));
-    EXPECT_EQ(Int(*Map(Open("2")), "Width"), 64);
+    EXPECT_EQ(NumberOf(*Map(Open("2")), "Width"), 64);
 }
 
 } // namespace

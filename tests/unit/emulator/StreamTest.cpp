@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 
 namespace Norvane::Transport::Emulator {
 namespace {
@@ -25,8 +26,8 @@ protected:
         return "[interface I]\ntype=" + m_type + "\n[camera 1]\n" + keys;
     }
     void Run(std::uint32_t buffers = 10) {
-        m_stream =
-            m_device->OpenStream({buffers, static_cast<std::uint64_t>(Int(*m_map, "PayloadSize")), 20, true});
+        m_stream = m_device->OpenStream(
+            {buffers, static_cast<std::uint64_t>(NumberOf(*m_map, "PayloadSize")), 20, true});
         Execute(*m_map, "AcquisitionStart");
     }
     Frame Next() {
@@ -96,10 +97,10 @@ TEST_F(StreamTest, RedrawnRegionsLeaveNoTrace) {
 TEST_F(StreamTest, ALineTriggersAtItsEdges) {
     // A square wave of one second stands at the first input.
     Begin(kSmall);
-    Set(*m_map, "TriggerSelector", "FrameStart");
-    Set(*m_map, "TriggerMode", "On");
-    Set(*m_map, "TriggerSource", "Line0");
-    Set(*m_map, "TriggerActivation", "AnyEdge");
+    SetText(*m_map, "TriggerSelector", "FrameStart");
+    SetText(*m_map, "TriggerMode", "On");
+    SetText(*m_map, "TriggerSource", "Line0");
+    SetText(*m_map, "TriggerActivation", "AnyEdge");
     Run();
     const std::uint64_t first = Next().timestampNs;
     EXPECT_EQ(first % 500000000, 0U);
@@ -144,16 +145,16 @@ TEST_F(StreamTest, RegionMirrorAndBinningShowTheSameScene) {
         }
         return count / static_cast<double>(width);
     };
-    Set(*m_map, "ReverseX", "true");
+    SetText(*m_map, "ReverseX", "true");
     EXPECT_GT(same(640, 1, [](std::size_t x) { return 639 - x; }), 0.75);
-    Set(*m_map, "ReverseX", "false");
-    Set(*m_map, "Width", "320");
-    Set(*m_map, "OffsetX", "160");
+    SetText(*m_map, "ReverseX", "false");
+    SetText(*m_map, "Width", "320");
+    SetText(*m_map, "OffsetX", "160");
     EXPECT_GT(same(320, 0, [](std::size_t x) { return 160 + x; }), 0.75);
-    Set(*m_map, "OffsetX", "0");
-    Set(*m_map, "Width", "640");
-    Set(*m_map, "BinningHorizontal", "2");
-    EXPECT_EQ(Int(*m_map, "Width"), 320);
+    SetText(*m_map, "OffsetX", "0");
+    SetText(*m_map, "Width", "640");
+    SetText(*m_map, "BinningHorizontal", "2");
+    EXPECT_EQ(NumberOf(*m_map, "Width"), 320);
     EXPECT_GT(same(320, 2, [](std::size_t x) { return 2 * x; }), 0.75);
 }
 
@@ -171,16 +172,16 @@ TEST_F(StreamTest, ExposureAndGainMakeThePictureBrighter) {
     m_stream.reset();
     Run();
     const double normal = brightness();
-    Set(*m_map, "Gain", "6");
+    SetText(*m_map, "Gain", "6");
     EXPECT_NEAR(brightness(), normal * 1.995, 3.0);
-    Set(*m_map, "Gain", "0");
-    Set(*m_map, "ExposureTime", "2500");
+    SetText(*m_map, "Gain", "0");
+    SetText(*m_map, "ExposureTime", "2500");
     EXPECT_NEAR(brightness(), normal * 0.5, 3.0);
-    Set(*m_map, "ExposureAuto", "Once");
+    SetText(*m_map, "ExposureAuto", "Once");
     EXPECT_TRUE(Eventually([&] {
         Next();
         m_map->InvalidateNodes();
-        return Text(*m_map, "ExposureAuto") == "Off";
+        return TextOf(*m_map, "ExposureAuto") == "Off";
     }));
     EXPECT_NEAR(Real(*m_map, "ExposureTime"), 5000.0, 1.0);
 }
@@ -199,7 +200,7 @@ TEST_F(StreamTest, ASlowConsumerCostsImagesAndIsCounted) {
 TEST_F(StreamTest, LossIsRepeatableAndLeavesZeroedRows) {
     const auto run = [&] {
         Begin(std::string(kSmall) + "pixel-format=Mono8\nloss=0.1\n");
-        Set(*m_map, "BlackLevel", "10"); // no row of the scene is dark
+        SetText(*m_map, "BlackLevel", "10"); // no row of the scene is dark
         Run(128);
         std::vector<std::uint64_t> corrupt;
         for (int i = 0; i < 100; ++i) {
