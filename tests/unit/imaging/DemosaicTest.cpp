@@ -205,22 +205,32 @@ private:
     std::uint8_t* m_begin;
 };
 
+/// Converts an image that ends where its memory does; what reads or writes beyond it ends the program.
+void ConvertGuarded(std::size_t width, std::size_t height, bool words,
+                    const std::vector<ColorProcessingAlgorithm>& algorithms) {
+    const GuardedBytes source(width * height * (words ? 2 : 1));
+    const GuardedBytes target(3 * width * height * (words ? 2 : 1));
+    const ImagePtr image = Image::Create(
+        width, height, 0, 0, words ? PixelFormat_BayerRG16 : PixelFormat_BayerRG8, source.Begin());
+    const ImagePtr colors =
+        Image::Create(width, height, 0, 0, words ? PixelFormat_BGR16 : PixelFormat_BGR8, target.Begin());
+    for (const ColorProcessingAlgorithm algorithm : algorithms) {
+        image->Convert(colors, algorithm);
+    }
+}
+
 TEST(Demosaic, NothingBeyondTheImageIsTouched) {
     for (const std::size_t width : {1, 65, 256, 257, 258, 320, 321, 322}) {
         for (const std::size_t height : {1, 2, 5}) {
             for (const bool words : {false, true}) {
-                const GuardedBytes source(width * height * (words ? 2 : 1));
-                const GuardedBytes target(3 * width * height * (words ? 2 : 1));
-                const ImagePtr image =
-                    Image::Create(width, height, 0, 0, words ? PixelFormat_BayerRG16 : PixelFormat_BayerRG8,
-                                  source.Begin());
-                const ImagePtr colors = Image::Create(
-                    width, height, 0, 0, words ? PixelFormat_BGR16 : PixelFormat_BGR8, target.Begin());
-                for (const ColorProcessingAlgorithm algorithm : kAlgorithms) {
-                    image->Convert(colors, algorithm); // a fault ends the program
-                }
+                ConvertGuarded(width, height, words, {std::begin(kAlgorithms), std::end(kAlgorithms)});
             }
         }
+    }
+    // Colours of more than 24 MiB go past the caches; the rows begin anywhere in a cache line.
+    for (const std::size_t width : {2098, 2099}) {
+        ConvertGuarded(width, 2000, true, {NEAREST_NEIGHBOR, BILINEAR, EDGE_SENSING, HQ_LINEAR});
+        ConvertGuarded(2 * width, 2000, false, {BILINEAR, EDGE_SENSING});
     }
 }
 

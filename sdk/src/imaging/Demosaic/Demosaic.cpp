@@ -58,10 +58,10 @@ template <class T>
 void DirectRows(RowKernel<T> kernel, std::size_t reach, const MosaicShape& shape,
                 const MosaicSource<T>& source, ColorSink<T>& sink, std::size_t first, std::size_t last) {
     const std::size_t width = shape.width;
-    const std::size_t rest = (width - reach) / kColumnUnit * kColumnUnit;
+    const std::size_t rightmost = width - 3 * kColumnUnit;
     Scratch scratch;
     EdgeColumns<T> left(scratch, width, reach, 0, kColumnUnit);
-    EdgeColumns<T> right(scratch, width, reach, rest, width - rest);
+    EdgeColumns<T> right(scratch, width, reach, rightmost, 3 * kColumnUnit);
     const auto rowAt = [&](std::ptrdiff_t y) { return source.DirectRow(Reflect(y, shape.height)); };
     const auto begin = static_cast<std::ptrdiff_t>(first), end = static_cast<std::ptrdiff_t>(last);
     const auto away = static_cast<std::ptrdiff_t>(reach);
@@ -78,9 +78,13 @@ void DirectRows(RowKernel<T> kernel, std::size_t reach, const MosaicShape& shape
             }
             kernel(part);
         };
-        columns(0, kColumnUnit, [&](std::ptrdiff_t row) { return left.Line(row); });
-        columns(kColumnUnit, rest, [&](std::ptrdiff_t row) { return rowAt(row) + kColumnUnit; });
-        columns(rest, width, [&](std::ptrdiff_t row) { return right.Line(row); });
+        // What goes past the caches is parted where a line begins. The right part is more than a vector.
+        const std::size_t before = sink.PastCaches() ? ColumnsBeforeLine(out, width) : 0;
+        const std::size_t inner = before + (kColumnUnit - before) / kColumnsPerLines<T> * kColumnsPerLines<T>;
+        const std::size_t rest = inner + ((width - reach - inner) / kColumnUnit - 1) * kColumnUnit;
+        columns(0, inner, [&](std::ptrdiff_t row) { return left.Line(row); });
+        columns(inner, rest, [&](std::ptrdiff_t row) { return rowAt(row) + inner; });
+        columns(rest, width, [&](std::ptrdiff_t row) { return right.Line(row) + (rest - rightmost); });
         sink.EndRow(static_cast<std::size_t>(y));
     }
 }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace Norvane::Imaging {
@@ -26,6 +27,22 @@ inline std::size_t Reflect(std::ptrdiff_t index, std::size_t count) {
 /// Samples beside a line that may be read and written: what a method looks at beyond the border, and what a
 /// whole vector reaches past the last pixel.
 constexpr std::size_t kLinePadding = 128;
+
+constexpr std::size_t kCacheLine = 64; ///< bytes; also of the longest vector
+
+/// After how many columns of colours the lines begin anew.
+template <class T>
+constexpr std::size_t kColumnsPerLines = kCacheLine / sizeof(T);
+
+/// How many of a row's `width` columns come before the first one whose pixel begins a cache line; 0 where
+/// that is an odd one or there is none.
+template <class T>
+std::size_t ColumnsBeforeLine(const T* out, std::size_t width) {
+    constexpr std::size_t kThird = 43; // 3 * 43 is 1 modulo 64 and 32
+    const std::size_t columns =
+        (0 - reinterpret_cast<std::uintptr_t>(out) / sizeof(T)) * kThird % kColumnsPerLines<T>;
+    return columns % 2 == 0 && columns < width ? columns : 0;
+}
 
 /// The red-green-blue order of one mosaic row.
 struct RowPhase {

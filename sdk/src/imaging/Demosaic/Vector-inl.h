@@ -59,15 +59,11 @@ HWY_INLINE hn::Vec<D> LoadOnce(D d, const T* from) {
 /// Of a function object in a row's inner loop. Called once per vector it would load its constants each time.
 #define NORVANE_INNER HWY_ATTR __attribute__((always_inline))
 
-constexpr std::size_t kLine = 64; ///< bytes of a cache line, and of the longest vector
-
-/// How many of a row's `width` columns come before the first one whose pixel begins a cache line; 0 where
-/// that is an odd one or there is none.
+/// Copies less than a vector's colours. In a loop the compiler would take what it knows of the size for a
+/// reason to use string instructions, which start slowly.
 template <class T>
-HWY_INLINE std::size_t ColumnsBeforeLine(const T* out, std::size_t width) {
-    constexpr std::size_t kSamples = kLine / sizeof(T), kThird = 43; // 3 * 43 is 1 modulo 64 and 32
-    const std::size_t columns = (0 - reinterpret_cast<std::uintptr_t>(out) / sizeof(T)) * kThird % kSamples;
-    return columns % 2 == 0 && columns < width ? columns : 0;
+HWY_NOINLINE void CopyPart(const T* from, std::size_t count, T* to) {
+    std::memcpy(to, from, count * sizeof(T));
 }
 
 /// Calls `pixels(x, own, green, other)` for each vector of the row and stores what it gives: the row's own
@@ -80,11 +76,12 @@ HWY_INLINE void ForColorVectors(D d, const WindowRow<T>& row, Function&& pixels)
     const std::size_t width = row.width;
     T* const out = row.out;
     const std::size_t before = row.pastCaches ? ColumnsBeforeLine(out, width) : 0;
-    const bool stream = row.pastCaches && reinterpret_cast<std::uintptr_t>(out + 3 * before) % kLine == 0;
+    const bool stream =
+        row.pastCaches && reinterpret_cast<std::uintptr_t>(out + 3 * before) % kCacheLine == 0;
     HWY_ALIGN T part[3 * kMost];
     const auto finish = [&](std::size_t x, std::size_t count) HWY_ATTR {
         if (count < lanes || x < before) {
-            std::memcpy(out + 3 * x, part, 3 * count * sizeof(T));
+            CopyPart(part, 3 * count, out + 3 * x);
         } else {
             for (std::size_t i = 0; i < 3 * lanes; i += lanes) {
                 hn::Stream(hn::Load(d, part + i), d, out + 3 * x + i);
@@ -92,23 +89,28 @@ HWY_INLINE void ForColorVectors(D d, const WindowRow<T>& row, Function&& pixels)
         }
     };
     const auto all = [&](auto redRow) NORVANE_INNER {
+        const auto store = [&](std::size_t x, T* to) NORVANE_INNER {
+            V own, green, other;
+            pixels(x, own, green, other);
+            StoreThree(d, redRow ? other : own, green, redRow ? own : other, to);
+        };
         std::size_t x = 0;
+        if (!stream) {
+            for (; x + lanes <= width; x += lanes) {
+                store(x, out + 3 * x);
+            }
+        }
+        // The last vector may cover some columns again, except that no line should be written in both ways.
+        const bool overlap = !stream && width % 2 == 0 && width >= lanes;
         for (const std::size_t end : {before, width}) {
             for (; x < end; x += lanes) {
-                // Vectors that begin at a cache line do not end with the row, and behind it there may be
-                // nothing to read: the last one then covers some columns again.
-                const bool again = before > 0 && x + lanes > width && width % 2 == 0 && width >= lanes;
-                x = again ? width - lanes : x;
-                V own, green, other;
-                pixels(x, own, green, other);
-                const bool whole = x + lanes <= end;
-                T* const to = whole && (again || !stream) ? out + 3 * x : part;
-                StoreThree(d, redRow ? other : own, green, redRow ? own : other, to);
-                if (to == part) {
+                x = overlap ? width - lanes : x;
+                store(x, overlap ? out + 3 * x : part);
+                if (!overlap) {
                     finish(x, std::min(lanes, end - x));
                 }
             }
-            x = end;
+            x = stream ? end : x; // else no column comes before the first line
         }
     };
     if (row.phase.redRow) {
