@@ -75,6 +75,16 @@ QByteArray shaderHead(const QOpenGLContext* context) {
            "#define SAMPLE texture2D\n#define DECLARE_RESULT\n#define RESULT gl_FragColor\n";
 }
 
+/// Core profiles have no luminance; there red takes its place.
+GLenum greyFormat() {
+    return QOpenGLContext::currentContext()->format().profile() == QSurfaceFormat::CoreProfile ? GL_RED
+                                                                                               : GL_LUMINANCE;
+}
+
+GLenum sourceFormat(QuadRenderer::Pixels pixels) {
+    return pixels == QuadRenderer::Pixels::Grey ? greyFormat() : GL_BGR;
+}
+
 } // namespace
 
 void QuadRenderer::Create(QOpenGLFunctions& gl, const QImage& logo) {
@@ -130,27 +140,39 @@ void QuadRenderer::Destroy(QOpenGLFunctions& gl) {
     m_imageProgram.removeAllShaders();
 }
 
-void QuadRenderer::Upload(QOpenGLFunctions& gl, QOpenGLBuffer& pixels, int width, int height) {
-    gl.glActiveTexture(GL_TEXTURE0);
-    if (width != m_imageWidth || height != m_imageHeight || m_imageTexture == 0) {
-        gl.glDeleteTextures(1, &m_imageTexture);
-        gl.glGenTextures(1, &m_imageTexture);
-        gl.glBindTexture(GL_TEXTURE_2D, m_imageTexture);
-        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-        gl.glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, width, height, 0, GL_BGR, GL_UNSIGNED_BYTE, nullptr);
-        m_imageWidth = width;
-        m_imageHeight = height;
+void QuadRenderer::CreateTexture(QOpenGLFunctions& gl, Pixels pixels, int width, int height) {
+    gl.glDeleteTextures(1, &m_imageTexture);
+    gl.glGenTextures(1, &m_imageTexture);
+    gl.glBindTexture(GL_TEXTURE_2D, m_imageTexture);
+    gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    const GLint format = pixels == Pixels::Bgr ? GL_RGB : greyFormat() == GL_RED ? GL_R8 : GL_LUMINANCE;
+    gl.glTexImage2D(GL_TEXTURE_2D, 0, format, width, height, 0, sourceFormat(pixels), GL_UNSIGNED_BYTE,
+                    nullptr);
+    if (format == GL_R8) {
+        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_SWIZZLE_G, GL_RED);
+        gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_SWIZZLE_B, GL_RED);
     }
-    pixels.bind();
+    m_imagePixels = pixels;
+    m_imageWidth = width;
+    m_imageHeight = height;
+}
+
+void QuadRenderer::Upload(QOpenGLFunctions& gl, QOpenGLBuffer& buffer, Pixels pixels, int width, int height) {
+    gl.glActiveTexture(GL_TEXTURE0);
+    if (width != m_imageWidth || height != m_imageHeight || pixels != m_imagePixels || m_imageTexture == 0) {
+        CreateTexture(gl, pixels, width, height);
+    }
+    buffer.bind();
     gl.glBindTexture(GL_TEXTURE_2D, m_imageTexture);
     gl.glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    gl.glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, width, height, GL_BGR, GL_UNSIGNED_BYTE, nullptr);
+    gl.glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, width, height, sourceFormat(pixels), GL_UNSIGNED_BYTE,
+                       nullptr);
     gl.glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
     gl.glBindTexture(GL_TEXTURE_2D, 0);
-    pixels.release();
+    buffer.release();
 }
 
 void QuadRenderer::DrawLogo(QOpenGLFunctions& gl) {

@@ -11,20 +11,24 @@
 /// Owned by the GL widget; every call needs its context to be current.
 class QuadRenderer {
 public:
+    /// What the image's pixels are: one byte of grey, or three of blue, green and red.
+    enum class Pixels { Grey, Bgr };
+
     /// @param logo  rows from the bottom up, Format_RGBA8888; null draws nothing.
     void Create(QOpenGLFunctions& gl, const QImage& logo);
     void Destroy(QOpenGLFunctions& gl);
 
     void DrawLogo(QOpenGLFunctions& gl);
-    /// Takes width x height BGR pixels, rows without padding, from the start of a pixel-unpack buffer. The
-    /// texture is made anew only when the size changes.
-    void Upload(QOpenGLFunctions& gl, QOpenGLBuffer& pixels, int width, int height);
+    /// Takes width x height pixels, rows without padding, from the start of a pixel-unpack buffer. The
+    /// texture is made anew only when the size or the kind of pixels changes.
+    void Upload(QOpenGLFunctions& gl, QOpenGLBuffer& buffer, Pixels pixels, int width, int height);
     /// Draws what was uploaded last, first row at the top, pixels as blocks.
     void DrawImage(QOpenGLFunctions& gl);
 
 private:
     static void Compile(QOpenGLShaderProgram& program, const char* fragmentShader);
     void FillQuads();
+    void CreateTexture(QOpenGLFunctions& gl, Pixels pixels, int width, int height);
     void Draw(QOpenGLFunctions& gl, QOpenGLShaderProgram& program, GLuint texture, int firstVertex);
 
     QOpenGLShaderProgram m_logoProgram;
@@ -33,6 +37,7 @@ private:
     QOpenGLBuffer m_quads{QOpenGLBuffer::VertexBuffer};
     GLuint m_logoTexture = 0;
     GLuint m_imageTexture = 0;
+    Pixels m_imagePixels = Pixels::Bgr;
     int m_imageWidth = 0;
     int m_imageHeight = 0;
 };

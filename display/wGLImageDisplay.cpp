@@ -20,12 +20,19 @@ namespace {
 
 constexpr float kZoomStep = 1.15F;
 constexpr float kMaxZoomLevel = 10.0F;
-constexpr int kBytesPerPixel = 3;
 /// Pixels of the surface that is drawn into; each takes 8 bytes with its depth and stencil.
 constexpr double kMaxSurfaceArea = 100e6;
 
 float factorOf(float zoomLevel) {
     return std::pow(kZoomStep, zoomLevel);
+}
+
+/// Whether all three colours would be the same.
+bool isGrey(const ImagePtr& image, int algorithm) {
+    constexpr unsigned kSingleComponent = 1; // the uppermost byte of the PFNC's value
+    const Norvane::PixelFormatInfo* format = Norvane::FindPixelFormat(image->GetPixelFormat());
+    return format && format->pfncCode >> 24 == kSingleComponent &&
+           (format->bayer == Norvane::BayerPhase::None || algorithm == Norvane::NO_COLOR_PROCESSING);
 }
 
 QSize sizeOf(const ImagePtr& image) {
@@ -164,18 +171,22 @@ ImagePtr wGLImageDisplay::ConvertInto(PixelBuffer& target, const ImagePtr& image
     if (!target.buffer.isCreated() || !target.buffer.bind()) {
         return {};
     }
-    if (target.width != width || target.height != height) {
-        target.byteSize = width * height * kBytesPerPixel;
+    // Grey stays one byte a pixel: three times as much would be written, and most drivers rearrange it.
+    const bool grey = isGrey(image, m_colorProcessingAlgorithm);
+    const auto pixels = grey ? QuadRenderer::Pixels::Grey : QuadRenderer::Pixels::Bgr;
+    if (target.width != width || target.height != height || target.pixels != pixels) {
+        target.byteSize = width * height * (grey ? 1 : 3);
         target.buffer.allocate(target.byteSize);
+        target.pixels = pixels;
         target.width = width;
         target.height = height;
     }
     ImagePtr converted;
-    if (void* pixels = target.buffer.map(QOpenGLBuffer::WriteOnly)) {
+    if (void* memory = target.buffer.map(QOpenGLBuffer::WriteOnly)) {
         try {
-            const ImagePtr destination =
-                Norvane::Image::Create(image->GetWidth(), image->GetHeight(), image->GetXOffset(),
-                                       image->GetYOffset(), Norvane::PixelFormat_BGR8, pixels);
+            const ImagePtr destination = Norvane::Image::Create(
+                image->GetWidth(), image->GetHeight(), image->GetXOffset(), image->GetYOffset(),
+                grey ? Norvane::PixelFormat_Mono8 : Norvane::PixelFormat_BGR8, memory);
             image->Convert(destination,
                            static_cast<Norvane::ColorProcessingAlgorithm>(m_colorProcessingAlgorithm));
             converted = destination;
@@ -313,7 +324,7 @@ void wGLImageDisplay::PaintImage() {
     glClear(GL_COLOR_BUFFER_BIT);
     PixelBuffer& source = m_pixelBuffers[static_cast<std::size_t>(m_readIndex)];
     if (m_textureIsStale && source.width > 0) {
-        m_renderer.Upload(*this, source.buffer, source.width, source.height);
+        m_renderer.Upload(*this, source.buffer, source.pixels, source.width, source.height);
         m_textureIsStale = false;
     }
     m_renderer.DrawImage(*this);

@@ -94,6 +94,7 @@ private:
     /// One of the two buffers that images are converted into by turns.
     struct PixelBuffer {
         QOpenGLBuffer buffer{QOpenGLBuffer::PixelUnpackBuffer};
+        QuadRenderer::Pixels pixels = QuadRenderer::Pixels::Bgr;
         int byteSize = 0;
         int width = 0;
         int height = 0;
