@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <vector>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "imaging/Unpack.cpp"
@@ -34,8 +33,7 @@ inline Fields FieldsOf(Packing packing, unsigned bits) {
             f.bytes[2 * i] = static_cast<std::uint8_t>(i * bits / 8);
             f.bytes[2 * i + 1] = static_cast<std::uint8_t>(i * bits / 8 + 1);
             f.field[i] = static_cast<std::uint16_t>(((1U << bits) - 1) << shift);
-            // Beyond 16 where eleven bits reach over three bytes; those are not unpacked here.
-            f.factor[i] = static_cast<std::uint16_t>(1U << (16 - std::min(bits + shift, 16U)));
+            f.factor[i] = static_cast<std::uint16_t>(1U << (16 - bits - shift));
         } else {
             // Two samples in three bytes: high bits, both low bits, high bits.
             const unsigned group = i / 2 * 3;
@@ -75,19 +73,14 @@ struct FieldTables {
     }
 };
 
-constexpr unsigned kMostFieldBits = 12;
-
 /// Made once: a row of a camera's image takes little longer than they do.
 const FieldTables& TablesOf(Packing packing, unsigned bits) {
+    static const FieldTables plain10(Packing::Bits, 10), plain12(Packing::Bits, 12);
     static const FieldTables gev10(Packing::Gev10, 10), gev12(Packing::Gev12, 12);
-    static const std::vector<FieldTables> plain = [] {
-        std::vector<FieldTables> tables;
-        for (unsigned b = 1; b <= kMostFieldBits; ++b) {
-            tables.emplace_back(Packing::Bits, b);
-        }
-        return tables;
-    }();
-    return packing == Packing::Bits ? plain[bits - 1] : packing == Packing::Gev10 ? gev10 : gev12;
+    if (packing == Packing::Bits) {
+        return bits == 10 ? plain10 : plain12;
+    }
+    return packing == Packing::Gev10 ? gev10 : gev12;
 }
 
 template <class D, class V>
@@ -239,7 +232,7 @@ std::size_t UnpackInVectors(const PackedSamples& s, std::size_t count, T* out) {
     case Packing::WordPlanes:
         return WordsInVectors(s, count, out);
     case Packing::Bits:
-        return s.bits <= 12 && s.bits != 11 ? FieldsInVectors(s, count, out) : 0;
+        return s.bits == 10 || s.bits == 12 ? FieldsInVectors(s, count, out) : 0;
     case Packing::Gev10:
     case Packing::Gev12:
         return FieldsInVectors(s, count, out);
