@@ -2,7 +2,6 @@
 
 #include "Guarded.h"
 
-#include <QThread>
 #include <QtDebug>
 
 #include <chrono>
@@ -180,13 +179,13 @@ void ImageCapture::close() {
     }
 }
 
-void ImageCapture::endThread() {
+void ImageCapture::finishRecording() {
     // Behind the images that the thread was told of.
-    const auto end = [this] {
+    const auto finish = [this] {
         m_recorder.End();
-        thread()->quit();
+        emit recordingFinished();
     };
-    QMetaObject::invokeMethod(this, end, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, finish, Qt::QueuedConnection);
 }
 
 void ImageCapture::OnImageEvent(ImagePtr image) {

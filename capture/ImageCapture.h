@@ -52,9 +52,9 @@ public:
     /// Ends acquisition for good, also a single capture that still waits for its image, and stops a
     /// recording: from now on the worker's thread comes to rest, so that its owner can wait for it.
     void close();
-    /// Has the worker's thread write what the recording still holds, which may take minutes, and end. After
-    /// close(); returns at once.
-    void endThread();
+    /// Has the worker's thread write what the recording still holds, which may take minutes, and emit
+    /// recordingFinished(). After close(); returns at once.
+    void finishRecording();
 
 public slots:
     void OnStartContinuousCapture();
@@ -88,6 +88,8 @@ public slots:
     void OnUpdateVideoFileSizeLimit(int megabytes);
 
 signals:
+    /// finishRecording() has been done.
+    void recordingFinished();
     void updateSingleImageDisplay(Norvane::ImagePtr image);
     /// A single capture is over, with or without an image.
     void singleCaptureFinished();

@@ -409,9 +409,10 @@ void wImageDisplay::deleteWhenWritten() {
     if (std::exchange(m_isLeaving, true)) {
         return;
     }
-    connect(m_captureThread, &QThread::finished, this, &QObject::deleteLater);
+    // The worker lives on until the destructor: news of its last images may still be on their way.
+    connect(m_imageCapture, &ImageCapture::recordingFinished, this, &QObject::deleteLater);
     m_imageCapture->close();
-    m_imageCapture->endThread();
+    m_imageCapture->finishRecording();
 }
 
 bool wImageDisplay::eventFilter(QObject* watched, QEvent* event) {
