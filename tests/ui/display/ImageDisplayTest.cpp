@@ -32,8 +32,9 @@ protected:
 
     /// The camera image on display as the library converts it.
     QImage Expected() const {
-        const Norvane::ImagePtr bgr =
-            Gl()->getRawImage()->Convert(Norvane::PixelFormat_BGR8, Norvane::BILINEAR);
+        const Norvane::ImagePtr bgr = Gl()->getRawImage()->Convert(
+            Norvane::PixelFormat_BGR8,
+            static_cast<Norvane::ColorProcessingAlgorithm>(Gl()->getColorProcessingAlgorithm()));
         const auto width = static_cast<int>(bgr->GetWidth());
         return QImage(static_cast<const uchar*>(bgr->GetData()), width, static_cast<int>(bgr->GetHeight()),
                       3 * width, QImage::Format_RGB888)
@@ -88,6 +89,12 @@ TEST_F(ImageDisplayTest, StreamsAndKeepsTheLastImageWhenItStops) {
         << "what is drawn is not the camera's image";
     Click("actionImCopy");
     EXPECT_EQ(QApplication::clipboard()->image().convertToFormat(QImage::Format_RGB888), expected);
+
+    // Grey and coloured pixels take turns in the buffers and in the texture.
+    for (const int algorithm : {Norvane::NO_COLOR_PROCESSING, Norvane::BILINEAR}) {
+        Gl()->setColorProcessingAlgorithm(algorithm);
+        EXPECT_EQ(Gl()->grabFramebuffer().convertToFormat(QImage::Format_RGB888), Expected());
+    }
 }
 
 QStringList warnings;
