@@ -72,14 +72,7 @@ void EnumEntryNode::FromText(const std::string&, bool) {
 }
 
 bool EnumerationNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
-    if (tag == Tag::EnumEntry) {
-        if (Node* const node = loader.NodeFor(element)) {
-            auto* const entry = static_cast<EnumEntryNode*>(node);
-            m_entries.push_back(entry);
-        }
-        return true;
-    }
-    if (tag == Tag::Representation) {
+    if (tag == Tag::EnumEntry || tag == Tag::Representation) {
         return true;
     }
     return m_source.LoadElement(*this, tag, element, loader) || Node::LoadElement(tag, element, loader);

@@ -74,6 +74,7 @@ public:
     std::int64_t MinInteger() override;
     std::int64_t MaxInteger() override;
 
+    void AddEntry(EnumEntryNode& entry) { m_entries.push_back(&entry); }
     /// An entry's value by its symbolic name, also while the map is still loading.
     std::optional<std::int64_t> EntryValue(std::string_view symbolic) const;
 

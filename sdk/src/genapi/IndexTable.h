@@ -40,6 +40,17 @@ public:
         return kNone;
     }
 
+    /// Asks for the memory that Find will look at.
+    [[gnu::always_inline]] void AskFor(std::uint64_t hash) const {
+        if (!m_slots.empty()) {
+            __builtin_prefetch(&m_slots[TagOf(hash) & (m_slots.size() - 1)]);
+        }
+    }
+    /// What Find most probably gives, without a look at the element.
+    std::uint32_t Guess(std::uint64_t hash) const {
+        return Find(hash, [](std::uint32_t) { return true; });
+    }
+
     /// Equal hashes may be inserted any number of times.
     void Insert(std::uint64_t hash, std::uint32_t index) {
         Reserve(m_size + 1);

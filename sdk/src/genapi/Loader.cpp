@@ -39,6 +39,25 @@ bool IsRegister(Tag tag) {
            tag == Tag::Register;
 }
 
+/// How many nodes are read ahead.
+constexpr std::size_t kAhead = 16;
+
+/// The parser has written the document in its order, so what is needed some elements later stands behind
+/// this one. Likewise the text.
+[[gnu::always_inline]] inline void AskForMore(pugi::xml_node element) {
+    constexpr std::ptrdiff_t kDocument = 2048;
+    constexpr std::ptrdiff_t kText = 1024;
+    __builtin_prefetch(reinterpret_cast<const char*>(element.internal_object()) + kDocument);
+    __builtin_prefetch(element.name() + kText);
+}
+
+[[gnu::always_inline]] inline void AskFor(const Node* node) {
+    constexpr int kLines = 5; // of 64 bytes, what most nodes take
+    for (int line = 0; line < kLines; ++line) {
+        __builtin_prefetch(reinterpret_cast<const char*>(node) + 64 * line);
+    }
+}
+
 /// A Node without any function.
 class PlainNode final : public Node {
 public:
@@ -113,13 +132,14 @@ Node* Loader::Make(pugi::xml_node xml, std::string_view name, Arguments&&... arg
     return node;
 }
 
-Node* Loader::Create(Tag tag, pugi::xml_node xml, std::string_view name, bool hidden) {
+Node* Loader::Create(const XmlElement& element, bool hidden) {
+    const auto& [xml, tag, name, hash, likely] = element;
     if (!hidden) {
         if (name.empty()) {
             Complain(std::string("a ") + xml.name() + " without a Name is left out");
             return nullptr;
         }
-        if (m_map.Named(name)) {
+        if (m_map.Named(name, hash)) {
             Complain("there are several nodes named " + std::string(name) + "; the first one is used");
             return nullptr;
         }
@@ -201,7 +221,7 @@ Node* Loader::Create(Tag tag, pugi::xml_node xml, std::string_view name, bool hi
         return nullptr;
     }
     if (!hidden) {
-        m_map.m_byName.Insert(std::hash<std::string_view>()(name), node->Index());
+        m_map.m_byName.Insert(hash, node->Index());
     }
     return node;
 }
@@ -215,22 +235,16 @@ void Loader::CreateNodes() {
     m_map.m_nodes.reserve(expected);
     auto xml = root.first_child();
     while (xml) {
+        AskForMore(xml);
         const Tag tag = TagOf(xml.name());
         if (tag == Tag::Group && xml.first_child()) {
             xml = xml.first_child();
             continue;
         }
         if (xml.type() == pugi::node_element && tag != Tag::Group && tag != Tag::Extension) {
-            const auto name = Trim(xml.attribute("Name").value());
-            if (tag == Tag::StructReg) {
-                CreateStruct(xml);
-            } else if (Create(tag, xml, name, false)) {
-                if (tag == Tag::Enumeration) {
-                    CreateEntries(xml, name);
-                }
-                if (IsRegister(tag)) {
-                    CreateNested(xml);
-                }
+            m_elements.push_back(Ahead(xml, tag, Trim(xml.attribute("Name").value())));
+            if (m_elements.size() == kAhead) {
+                CreateAhead();
             }
         }
         while (!xml.next_sibling() && xml.parent() != root) {
@@ -238,38 +252,75 @@ void Loader::CreateNodes() {
         }
         xml = xml.next_sibling();
     }
+    CreateAhead();
     if (!m_map.Named("Root")) {
         Complain("the description has no category 'Root'; its nodes can only be reached by name");
     }
 }
 
+[[gnu::always_inline]] inline XmlElement Loader::Ahead(pugi::xml_node xml, Tag tag, std::string_view name) const {
+    const auto hash = NodeMap::HashOf(name);
+    m_map.m_byName.AskFor(hash);
+    return {xml, tag, name, hash, nullptr};
+}
+
+void Loader::CreateAhead() {
+    for (const auto& element : m_elements) {
+        if (element.tag == Tag::StructReg) {
+            CreateStruct(element.xml);
+        } else if (Node* const node = Create(element)) {
+            if (element.tag == Tag::Enumeration) {
+                CreateEntries(static_cast<EnumerationNode&>(*node));
+            }
+            if (IsRegister(element.tag)) {
+                CreateNested(element.xml);
+            }
+        }
+    }
+    m_elements.clear();
+}
+
 void Loader::CreateStruct(pugi::xml_node xml) {
     for (const auto entry : xml.children("StructEntry")) {
-        Create(Tag::StructEntry, entry, Trim(entry.attribute("Name").value()), false);
+        Create(Ahead(entry, Tag::StructEntry, Trim(entry.attribute("Name").value())));
     }
     CreateNested(xml);
 }
 
-void Loader::CreateEntries(pugi::xml_node xml, std::string_view enumeration) {
-    for (const auto entry : xml.children("EnumEntry")) {
+void Loader::CreateEntries(EnumerationNode& enumeration) {
+    const auto prefix = EnumEntryNode::Prefix(enumeration.NameView());
+    m_entries.clear();
+    for (auto entry = static_cast<const Node&>(enumeration).Xml().first_child(); entry; entry = entry.next_sibling()) {
+        AskForMore(entry);
+        if (std::strcmp(entry.name(), "EnumEntry") != 0) {
+            continue;
+        }
         const auto given = Trim(entry.attribute("Name").value());
-        const auto prefix = EnumEntryNode::Prefix(enumeration);
-        const auto name =
-            given.substr(0, prefix.size()) == prefix ? given : Store(prefix + std::string(given));
         if (given.empty()) {
-            Complain(std::string(enumeration) + ": an EnumEntry without a Name is left out");
-        } else if (Node* const node = Create(Tag::EnumEntry, entry, name, false)) {
-            m_nested.Insert(entry.hash_value(), node->Index());
+            Complain(enumeration.Name() + ": an EnumEntry without a Name is left out");
+        } else {
+            const auto name =
+                given.substr(0, prefix.size()) == prefix ? given : Store(prefix + std::string(given));
+            m_entries.push_back(Ahead(entry, Tag::EnumEntry, name));
+        }
+    }
+    for (const auto& entry : m_entries) {
+        if (Node* const node = Create(entry)) {
+            enumeration.AddEntry(static_cast<EnumEntryNode&>(*node));
         }
     }
 }
 
 void Loader::CreateNested(pugi::xml_node xml) {
-    for (const auto knife : xml.children("IntSwissKnife")) {
+    for (auto knife = xml.first_child(); knife; knife = knife.next_sibling()) {
+        AskForMore(knife);
+        if (std::strcmp(knife.name(), "IntSwissKnife") != 0) {
+            continue;
+        }
         const auto own = Trim(knife.attribute("Name").value());
         const bool hidden = own.empty() || m_map.Named(own);
         const auto name = own.empty() ? std::string_view("(address formula)") : own;
-        if (Node* const node = Create(Tag::IntSwissKnife, knife, name, hidden)) {
+        if (Node* const node = Create(Ahead(knife, Tag::IntSwissKnife, name), hidden)) {
             m_nested.Insert(knife.hash_value(), node->Index());
         }
     }
@@ -287,12 +338,53 @@ Node* Loader::NodeFor(pugi::xml_node xml) const {
     return found == IndexTable::kNone ? nullptr : m_map.m_nodes[found];
 }
 
-void Loader::LoadNodes() {
-    // Ports first: registers look at them.
+void Loader::ReadElements(pugi::xml_node xml) {
+    for (auto element = xml.first_child(); element; element = element.next_sibling()) {
+        AskForMore(element);
+        if (element.type() != pugi::node_element) {
+            continue;
+        }
+        const char* const name = element.name();
+        const Tag tag = TagOf(name);
+        const bool refers = name[0] == 'p';
+        m_elements.push_back(refers ? Ahead(element, tag, Trim(element.child_value()))
+                                    : XmlElement{element, tag, {}, 0, nullptr});
+    }
+}
+
+void Loader::ReadElementsOf(const Node& node) {
+    const auto xml = node.Xml();
+    if (TagOf(xml.name()) == Tag::StructEntry) {
+        ReadElements(xml.parent());
+    }
+    ReadElements(xml);
+}
+
+void Loader::FindLikely() {
+    for (auto& element : m_elements) {
+        if (!element.name.empty()) {
+            const auto index = m_map.m_byName.Guess(element.hash);
+            if (index != IndexTable::kNone) {
+                element.likely = m_map.m_nodes[index];
+                __builtin_prefetch(element.likely);
+                __builtin_prefetch(reinterpret_cast<const char*>(element.likely) + 64);
+            }
+        }
+    }
+    for (const auto& element : m_elements) {
+        if (element.likely) {
+            __builtin_prefetch(element.likely->NameView().data());
+        }
+    }
+}
+
+void Loader::LoadPorts() {
     const auto& ports = m_map.m_options.ports;
     for (PortNode* port : m_portNodes) {
         Node& node = *port;
-        node.Load(node.Xml(), *this);
+        m_elements.clear();
+        ReadElementsOf(node);
+        node.Load(m_elements, *this);
         const auto given = ports.find(port->Name());
         if (given != ports.end()) {
             port->SetPort(given->second);
@@ -302,22 +394,45 @@ void Loader::LoadNodes() {
         }
         (port->IsChunk() ? m_map.m_chunkPorts : m_map.m_ports).push_back(port);
     }
-    for (std::size_t i = 0; i < m_map.m_nodes.size(); ++i) { // a hidden port may be added meanwhile
-        Node& node = *m_map.m_nodes[i];
-        const auto xml = node.Xml();
-        const Tag tag = TagOf(xml.name());
-        if (tag == Tag::Port || !xml) {
-            continue;
+}
+
+void Loader::LoadNodes() {
+    LoadPorts(); // registers look at them
+    m_edges.m_edges.reserve(m_map.m_nodes.size() * 6);
+    std::array<std::size_t, kAhead> ends{}; // of each node's elements
+    for (std::size_t first = 0; first < m_map.m_nodes.size();) { // a hidden port may be added meanwhile
+        const auto count = std::min(kAhead, m_map.m_nodes.size() - first);
+        const auto next = std::min(first + 2 * kAhead, m_map.m_nodes.size());
+        for (auto i = first + count; i < next; ++i) {
+            AskFor(m_map.m_nodes[i]);
         }
+        m_elements.clear();
+        for (std::size_t i = 0; i < count; ++i) {
+            ReadElementsOf(*m_map.m_nodes[first + i]);
+            ends[i] = m_elements.size();
+        }
+        FindLikely();
+        std::size_t start = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            LoadNode(*m_map.m_nodes[first + i], std::span(m_elements).subspan(start, ends[i] - start));
+            start = ends[i];
+        }
+        first += count;
+    }
+}
+
+void Loader::LoadNode(Node& node, std::span<const XmlElement> elements) {
+    if (node.Xml() && node.GetPrincipalInterfaceType() != intfIPort) {
         m_plan = AddressPlan();
-        if (tag == Tag::StructEntry) {
-            node.Load(xml.parent(), *this);
-        }
-        node.Load(xml, *this);
+        node.Load(elements, *this);
         node.FinishLoading(*this);
         if (node.PollingTime() >= 0) {
             m_map.m_polled.push_back({&node, 0});
         }
+    }
+    node.CollectEdges(m_edges);
+    if (node.OwnCachingMode() == NoCache) {
+        m_uncachable.push_back(node.Vertex(Facet::Value));
     }
 }
 
@@ -359,20 +474,9 @@ void Loader::WatchPorts() {
 
 void Loader::Connect() {
     WatchPorts();
-    // The nodes of a large description do not stay in the processor's cache from one pass over them to the
-    // next, so this is the only one; what follows touches few of them.
-    EdgeSink edges;
-    edges.m_edges.reserve(m_map.m_nodes.size() * 6);
-    std::vector<std::uint32_t> uncachable;
-    for (Node* node : m_map.m_nodes) {
-        node->CollectEdges(edges);
-        if (node->OwnCachingMode() == NoCache) {
-            uncachable.push_back(node->Vertex(Facet::Value));
-        }
-    }
     auto& graph = m_map.m_graph;
-    graph.Build(static_cast<std::uint32_t>(m_map.m_nodes.size()) * kFacets, edges.m_edges);
-    for (const auto vertex : uncachable) {
+    graph.Build(static_cast<std::uint32_t>(m_map.m_nodes.size()) * kFacets, m_edges.m_edges);
+    for (const auto vertex : m_uncachable) {
         graph.SetUncachable(vertex);
     }
     for (const auto& trouble : graph.Sort()) {
@@ -454,16 +558,24 @@ Node* Loader::FindName(Node& by, std::string_view element, std::string_view name
     return nullptr;
 }
 
+Node* Loader::Named(pugi::xml_node element) const {
+    if (m_current && m_current->xml == element && m_current->likely &&
+        m_current->likely->NameView() == m_current->name) {
+        return m_current->likely;
+    }
+    return m_map.Named(Trim(element.child_value()));
+}
+
 Node* Loader::Find(Node& by, pugi::xml_node element) {
-    return FindName(by, element.name(), element.child_value());
+    Node* const found = Named(element);
+    return found ? found : FindName(by, element.name(), element.child_value());
 }
 
 Node* Loader::FindOptional(Node& by, pugi::xml_node element) {
-    const auto name = Trim(element.child_value());
-    if (Node* const found = m_map.Named(name)) {
+    if (Node* const found = Named(element)) {
         return found;
     }
-    Complain(by.Name() + ": its " + element.name() + " '" + std::string(name) +
+    Complain(by.Name() + ": its " + element.name() + " '" + std::string(Trim(element.child_value())) +
              "' does not exist and is ignored");
     return nullptr;
 }

@@ -3,6 +3,7 @@
 #include "genapi/NodeMap.h"
 #include "genapi/RegisterTarget.h"
 
+#include <array>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -10,8 +11,24 @@
 
 namespace Norvane::GenApi {
 
-/// Turns a description into the nodes of a map: first all nodes and their names, then each node's elements,
-/// then the dependencies. Whatever is wrong costs the node that it belongs to and one log line.
+class EnumerationNode;
+
+/// An element that is read ahead of what is made of it.
+struct XmlElement {
+    pugi::xml_node xml;
+    Tag tag = Tag::Unknown;
+    std::string_view name;  ///< of the node that it describes or refers to; empty for other elements
+    std::uint64_t hash = 0; ///< of the name
+    Node* likely = nullptr; ///< what probably has the name
+};
+
+/// Turns a description into the nodes of a map: first all nodes and their names, then each node's elements
+/// and dependencies. Whatever is wrong costs the node that it belongs to and one log line.
+///
+/// A large description, its document and its nodes are several times the size of the processor's cache, so
+/// both passes would wait for memory at almost every step. Instead they read a few elements ahead of the one
+/// that they work on, and ask for the memory that its turn will need: the document itself, the place of a
+/// name in the table, the node that bears it.
 class Loader {
 public:
     explicit Loader(NodeMap& map) : m_map(map) {}
@@ -21,11 +38,13 @@ public:
 
     // ---- for nodes while they load
 
-    /// The node that an element names; null, with `by` broken, when there is none.
+    /// The node that an element of a node names; null, with `by` broken, when there is none.
     Node* Find(Node& by, pugi::xml_node element);
     /// Likewise for a reference that the node can do without: a missing one is only logged.
     Node* FindOptional(Node& by, pugi::xml_node element);
     Node* FindName(Node& by, std::string_view element, std::string_view name);
+    /// The element that is about to be loaded.
+    void SetCurrent(const XmlElement& element) { m_current = &element; }
 
     std::int64_t Integer(Node& by, pugi::xml_node element);
     std::int64_t IntegerText(Node& by, std::string_view what, std::string_view text);
@@ -50,7 +69,7 @@ public:
     /// The address of the node that is being loaded, as far as it was read.
     AddressPlan& Plan() { return m_plan; }
     PortNode* MainPort();
-    /// A node that the description nests in another: an entry of an enumeration, a formula in an address.
+    /// A formula that the description nests in an address.
     Node* NodeFor(pugi::xml_node xml) const;
     /// A text that lives as long as the map.
     std::string_view Store(const std::string& text);
@@ -58,13 +77,21 @@ public:
 private:
     void Parse();
     void CreateNodes();
+    void CreateAhead();
     void CreateStruct(pugi::xml_node xml);
-    void CreateEntries(pugi::xml_node xml, std::string_view enumeration);
+    void CreateEntries(EnumerationNode& enumeration);
     void CreateNested(pugi::xml_node xml);
-    Node* Create(Tag tag, pugi::xml_node xml, std::string_view name, bool hidden);
+    XmlElement Ahead(pugi::xml_node xml, Tag tag, std::string_view name) const;
+    Node* Create(const XmlElement& element, bool hidden = false);
     template <class Kind, class... Arguments>
     Node* Make(pugi::xml_node xml, std::string_view name, Arguments&&... arguments);
+    void LoadPorts();
     void LoadNodes();
+    void ReadElements(pugi::xml_node xml);
+    void ReadElementsOf(const Node& node);
+    void FindLikely();
+    Node* Named(pugi::xml_node element) const;
+    void LoadNode(Node& node, std::span<const XmlElement> elements);
     void WatchPorts();
     void Connect();
     void ReportTrouble(const Graph::Trouble& trouble);
@@ -76,6 +103,11 @@ private:
     IndexTable m_targets; ///< indices of the map's targets, by their plans
     std::unordered_set<std::string> m_unknown;
     AddressPlan m_plan;
+    std::vector<XmlElement> m_elements; ///< that come next
+    std::vector<XmlElement> m_entries;  ///< of the enumeration that is being created
+    const XmlElement* m_current = nullptr;
+    EdgeSink m_edges;
+    std::vector<std::uint32_t> m_uncachable; ///< vertices
     std::vector<PortNode*> m_portNodes; ///< of the description
     std::vector<Node*> m_linking;       ///< nodes with links
     PortNode* m_mainPort = nullptr;

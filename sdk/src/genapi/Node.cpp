@@ -46,17 +46,12 @@ Node::Node(NodeMap& map, pugi::xml_node xml, std::string_view name, std::uint32_
     m_standard = Trim(xml.attribute("NameSpace").value()) == "Standard";
 }
 
-void Node::Load(pugi::xml_node xml, Loader& loader) {
-    if (m_links == 0) {
-        m_firstLink = loader.LinkCount();
-    }
-    for (const auto element : xml.children()) {
-        if (element.type() != pugi::node_element) {
-            continue;
-        }
-        const Tag tag = TagOf(element.name());
-        if (!LoadElement(tag, element, loader)) {
-            loader.Complain(Name() + ": the element '" + element.name() + "' is not known and ignored");
+void Node::Load(std::span<const XmlElement> elements, Loader& loader) {
+    m_firstLink = loader.LinkCount();
+    for (const auto& element : elements) {
+        loader.SetCurrent(element);
+        if (!LoadElement(element.tag, element.xml, loader)) {
+            loader.Complain(Name() + ": the element '" + element.xml.name() + "' is not known and ignored");
         }
     }
     m_links = static_cast<std::uint16_t>(std::min<std::uint32_t>(loader.LinkCount() - m_firstLink, 0xFFFF));

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,7 @@ class Loader;
 class Node;
 class NodeMap;
 class RegisterCore;
+struct XmlElement;
 
 /// What of a node another node can depend on. Dependencies are kept per facet: a width whose maximum is
 /// calculated from an offset whose maximum is calculated from the width is no cycle.
@@ -126,7 +128,7 @@ public:
 
     // Loading. LoadElement handles one child element and says whether the kind knows it; FinishLoading checks
     // what is missing, CollectEdges names what each facet depends on.
-    void Load(pugi::xml_node xml, Loader& loader);
+    void Load(std::span<const XmlElement> elements, Loader& loader);
     virtual bool LoadElement(Tag tag, pugi::xml_node element, Loader& loader);
     virtual void FinishLoading(Loader&) {}
     virtual void CollectEdges(EdgeSink& edges);

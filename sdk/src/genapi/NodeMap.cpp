@@ -34,9 +34,9 @@ INode* NodeMap::GetNode(const gcstring& name) const {
     return Named(text);
 }
 
-Node* NodeMap::Named(std::string_view name) const {
-    const auto found = m_byName.Find(std::hash<std::string_view>()(name),
-                                     [&](std::uint32_t index) { return m_nodes[index]->NameView() == name; });
+Node* NodeMap::Named(std::string_view name, std::uint64_t hash) const {
+    const auto found =
+        m_byName.Find(hash, [&](std::uint32_t index) { return m_nodes[index]->NameView() == name; });
     return found == IndexTable::kNone ? nullptr : m_nodes[found];
 }
 

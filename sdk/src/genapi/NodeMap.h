@@ -84,7 +84,9 @@ public:
     const Graph& Dependencies() const { return m_graph; }
     const std::vector<Node*>& Nodes() const { return m_nodes; }
     /// Null when no node has the name, or only a hidden one.
-    Node* Named(std::string_view name) const;
+    Node* Named(std::string_view name) const { return Named(name, HashOf(name)); }
+    Node* Named(std::string_view name, std::uint64_t hash) const;
+    static std::uint64_t HashOf(std::string_view name) { return std::hash<std::string_view>()(name); }
     const std::vector<Link>& Links() const { return m_links; }
     /// What is wrong with a broken node.
     std::string FaultOf(const Node& node) const;
