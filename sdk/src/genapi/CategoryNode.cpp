@@ -12,7 +12,7 @@ namespace Norvane::GenApi {
 bool CategoryNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
     if (tag == Tag::pFeature) {
         if (Node* const feature = loader.FindOptional(*this, element)) {
-            m_features.push_back(feature);
+            m_features.Add(loader.Arena(), feature);
             feature->MarkFeature();
         }
         return true;

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "genapi/ArenaList.h"
 #include "genapi/Node.h"
-
-#include <vector>
 
 namespace Norvane::GenApi {
 
@@ -23,7 +22,7 @@ protected:
     void FromText(const std::string&, bool) override;
 
 private:
-    std::vector<Node*> m_features;
+    ArenaList<Node*> m_features;
 };
 
 } // namespace Norvane::GenApi

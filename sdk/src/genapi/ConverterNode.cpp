@@ -41,10 +41,11 @@ void ConverterCore::FinishLoading(Node& owner, Loader& loader, Formula::Kind kin
         return;
     }
     m_from = m_binding.Compile(owner, loader, m_fromText, kind, "TO");
+    const auto variables = m_binding.Count();
     if (!owner.Broken()) {
         m_to = m_binding.Compile(owner, loader, m_toText, kind, "FROM");
     }
-    if (!owner.Broken()) {
+    if (!owner.Broken() && m_binding.Count() != variables) {
         // Variables that the second formula brought in change the index of the first one's TO.
         m_from = m_binding.Compile(owner, loader, m_fromText, kind, "TO");
     }

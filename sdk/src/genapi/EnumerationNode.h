@@ -74,7 +74,7 @@ public:
     std::int64_t MinInteger() override;
     std::int64_t MaxInteger() override;
 
-    void AddEntry(EnumEntryNode& entry) { m_entries.push_back(&entry); }
+    void AddEntry(std::pmr::memory_resource& arena, EnumEntryNode& entry) { m_entries.Add(arena, &entry); }
     /// An entry's value by its symbolic name, also while the map is still loading.
     std::optional<std::int64_t> EntryValue(std::string_view symbolic) const;
 
@@ -90,7 +90,7 @@ private:
     void Verify(std::int64_t value);
 
     NumberSource<std::int64_t> m_source;
-    std::vector<EnumEntryNode*> m_entries;
+    ArenaList<EnumEntryNode*> m_entries;
     Published<std::int64_t> m_value;
 };
 

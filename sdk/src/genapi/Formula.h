@@ -1,10 +1,10 @@
 #pragma once
 
+#include "genapi/ArenaList.h"
+
 #include <cstdint>
-#include <memory>
-#include <string>
+#include <memory_resource>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace Norvane::GenApi {
@@ -64,23 +64,33 @@ enum class Op : std::uint8_t {
 /// double throughout and drops the fraction of the result. && || and ?: evaluate only the operands that they
 /// need.
 ///
-/// Immutable after Compile; evaluation may run on any number of threads.
+/// A view of what Compile made in the caller's memory. Immutable after Compile; evaluation may run on any number of threads.
 class Formula {
 public:
     enum class Kind : std::uint8_t { Integer, Float };
 
     /// Named things that a formula may use. Constants and expressions are bound while compiling; what remains
     /// are the variables, in the order of Variables().
+    struct Constant {
+        std::string_view name;
+        double value;
+    };
+    struct Expression {
+        std::string_view name;
+        std::string_view text;
+    };
     struct Names {
         std::vector<std::string_view> variables;
-        std::vector<std::pair<std::string_view, double>> constants;
-        std::vector<std::pair<std::string_view, std::string_view>> expressions;
+        std::vector<Constant> constants;
+        std::vector<Expression> expressions;
     };
 
     Formula() = default;
 
+    /// @param memory  holds the formula, which is never destroyed; must outlive it.
     /// @throws Exception (GenApiLogical) that says what is wrong and at which character.
-    static Formula Compile(std::string_view text, const Names& names, Kind kind);
+    static Formula Compile(std::string_view text, const Names& names, Kind kind,
+                           std::pmr::memory_resource& memory);
 
     bool CalculatesInDouble() const { return m_double; }
 
@@ -99,8 +109,12 @@ private:
         std::uint32_t operand;
     };
     struct Program {
-        std::vector<Instruction> code;
+        ArenaList<Instruction> code;
         std::uint32_t deepest = 0;
+    };
+    struct Number {
+        std::int64_t integer;
+        double real;
     };
     static constexpr std::size_t kStack = 64;
     static constexpr std::uint32_t kExpression = 0x80000000u;
@@ -112,9 +126,8 @@ private:
     template <class T, class Load>
     friend class FormulaMachine;
 
-    std::vector<Program> m_programs; ///< the formula itself, then the expressions that it uses
-    std::vector<std::int64_t> m_integers;
-    std::vector<double> m_floats;
+    ArenaList<Program> m_programs; ///< the formula itself, then the expressions that it uses
+    ArenaList<Number> m_numbers;
     bool m_double = false;
 };
 

@@ -19,10 +19,10 @@ bool FormulaBinding::LoadElement(Node& owner, Tag tag, pugi::xml_node element, L
         }
         return true;
     case Tag::Constant:
-        m_constants.emplace_back(name, loader.Float(owner, element));
+        m_constants.Add(loader.Arena(), {name, loader.Float(owner, element)});
         return true;
     case Tag::Expression:
-        m_expressions.emplace_back(name, element.child_value());
+        m_expressions.Add(loader.Arena(), {name, element.child_value()});
         return true;
     default:
         return false;
@@ -63,7 +63,7 @@ void FormulaBinding::AddVariable(Node& owner, std::string_view name, Node* node,
             return;
         }
     }
-    m_variables.push_back(variable);
+    m_variables.Add(loader.Arena(), variable);
 }
 
 /// Formulas may write VAR.Max where only VAR is declared.
@@ -97,7 +97,7 @@ Formula FormulaBinding::Compile(Node& owner, Loader& loader, std::string_view te
     // called.
     AddUndeclared(owner, text, loader);
     for (const auto& expression : m_expressions) {
-        AddUndeclared(owner, expression.second, loader);
+        AddUndeclared(owner, expression.text, loader);
     }
     Formula::Names names;
     for (const auto& variable : m_variables) {
@@ -106,10 +106,10 @@ Formula FormulaBinding::Compile(Node& owner, Loader& loader, std::string_view te
     if (!extra.empty()) {
         names.variables.push_back(extra);
     }
-    names.constants = m_constants;
-    names.expressions = m_expressions;
+    names.constants.assign(m_constants.begin(), m_constants.end());
+    names.expressions.assign(m_expressions.begin(), m_expressions.end());
     try {
-        return Formula::Compile(text, names, kind);
+        return Formula::Compile(text, names, kind, loader.Arena());
     } catch (const Exception& error) {
         loader.Fault(owner, std::string("its formula is wrong: ") + error.what());
         return {};

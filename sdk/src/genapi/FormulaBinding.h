@@ -3,9 +3,7 @@
 #include "genapi/Formula.h"
 #include "genapi/Node.h"
 
-#include <string>
-#include <utility>
-#include <vector>
+#include <string_view>
 
 namespace Norvane::GenApi {
 
@@ -38,9 +36,9 @@ private:
     void AddVariable(Node& owner, std::string_view name, Node* node, Loader& loader);
     void AddUndeclared(Node& owner, std::string_view text, Loader& loader);
 
-    std::vector<Variable> m_variables;
-    std::vector<std::pair<std::string_view, double>> m_constants;
-    std::vector<std::pair<std::string_view, std::string_view>> m_expressions;
+    ArenaList<Variable> m_variables;
+    ArenaList<Formula::Constant> m_constants;
+    ArenaList<Formula::Expression> m_expressions;
 };
 
 } // namespace Norvane::GenApi

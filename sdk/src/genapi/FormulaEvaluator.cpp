@@ -247,9 +247,9 @@ public:
             switch (op) {
             case Op::Number:
                 if constexpr (std::is_same_v<T, double>) {
-                    *++top = m_formula.m_floats[operand];
+                    *++top = m_formula.m_numbers[operand].real;
                 } else {
-                    *++top = m_formula.m_integers[operand];
+                    *++top = m_formula.m_numbers[operand].integer;
                 }
                 break;
             case Op::Slot:

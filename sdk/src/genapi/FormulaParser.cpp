@@ -54,14 +54,15 @@ bool IsHexDigit(char c) {
 /// Recursive descent over one formula and the expressions that it uses; emits code for a stack machine.
 class FormulaParser {
 public:
-    FormulaParser(const Formula::Names& names, Formula::Kind kind) : m_names(names) {
+    FormulaParser(const Formula::Names& names, Formula::Kind kind, std::pmr::memory_resource& memory)
+        : m_names(names), m_memory(memory) {
         m_formula.m_double = kind == Formula::Kind::Float;
         m_expressionProgram.resize(names.expressions.size(), kUnused);
     }
 
     Formula Run(std::string_view text) {
         CompileProgram(text);
-        return std::move(m_formula);
+        return m_formula;
     }
 
 private:
@@ -81,8 +82,8 @@ private:
         m_text = text;
         m_at = 0;
         m_stack = 0;
-        m_program = static_cast<std::uint32_t>(m_formula.m_programs.size());
-        m_formula.m_programs.emplace_back();
+        m_program = m_formula.m_programs.size();
+        m_formula.m_programs.Add(m_memory, {});
         Conditional();
         if (!AtEnd()) {
             Fail("unexpected '" + std::string(1, m_text[m_at]) + "'");
@@ -104,10 +105,10 @@ private:
         if (program.deepest >= Formula::kStack) {
             Fail("nested too deeply");
         }
-        program.code.push_back({op, operand});
-        return static_cast<std::uint32_t>(program.code.size() - 1);
+        program.code.Add(m_memory, {op, operand});
+        return program.code.size() - 1;
     }
-    void LandHere(std::uint32_t jump) { Code()[jump].operand = static_cast<std::uint32_t>(Code().size()); }
+    void LandHere(std::uint32_t jump) { Code()[jump].operand = Code().size(); }
 
     bool AtEnd() {
         while (m_at < m_text.size() &&
@@ -271,9 +272,8 @@ private:
     }
 
     void PushNumber(double number, std::int64_t integer) {
-        Emit(Op::Number, +1, static_cast<std::uint32_t>(m_formula.m_floats.size()));
-        m_formula.m_floats.push_back(number);
-        m_formula.m_integers.push_back(integer);
+        Emit(Op::Number, +1, m_formula.m_numbers.size());
+        m_formula.m_numbers.Add(m_memory, {integer, number});
     }
 
     void PushConstant(double number) {
@@ -300,13 +300,13 @@ private:
             return;
         }
         for (const auto& constant : m_names.constants) {
-            if (constant.first == name) {
-                PushConstant(constant.second);
+            if (constant.name == name) {
+                PushConstant(constant.value);
                 return;
             }
         }
         for (std::size_t i = 0; i < m_names.expressions.size(); ++i) {
-            if (m_names.expressions[i].first == name) {
+            if (m_names.expressions[i].name == name) {
                 PushExpression(i);
                 return;
             }
@@ -324,11 +324,11 @@ private:
 
     void PushExpression(std::size_t index) {
         if (m_expressionProgram[index] == kCompiling) {
-            Fail("the expression '" + std::string(m_names.expressions[index].first) + "' uses itself");
+            Fail("the expression '" + std::string(m_names.expressions[index].name) + "' uses itself");
         }
         if (m_expressionProgram[index] == kUnused) {
             m_expressionProgram[index] = kCompiling;
-            m_expressionProgram[index] = CompileProgram(m_names.expressions[index].second);
+            m_expressionProgram[index] = CompileProgram(m_names.expressions[index].text);
         }
         Emit(Op::Slot, +1, Formula::kExpression | m_expressionProgram[index]);
     }
@@ -353,6 +353,7 @@ private:
     }
 
     const Formula::Names& m_names;
+    std::pmr::memory_resource& m_memory;
     Formula m_formula;
     std::vector<std::uint32_t> m_expressionProgram;
     std::string_view m_text;
@@ -362,8 +363,9 @@ private:
     int m_depth = 0;
 };
 
-Formula Formula::Compile(std::string_view text, const Names& names, Kind kind) {
-    return FormulaParser(names, kind).Run(text);
+Formula Formula::Compile(std::string_view text, const Names& names, Kind kind,
+                         std::pmr::memory_resource& memory) {
+    return FormulaParser(names, kind, memory).Run(text);
 }
 
 } // namespace Norvane::GenApi

@@ -306,7 +306,7 @@ void Loader::CreateEntries(EnumerationNode& enumeration) {
     }
     for (const auto& entry : m_entries) {
         if (Node* const node = Create(entry)) {
-            enumeration.AddEntry(static_cast<EnumEntryNode&>(*node));
+            enumeration.AddEntry(Arena(), static_cast<EnumEntryNode&>(*node));
         }
     }
 }
@@ -453,7 +453,7 @@ RegisterTarget* Loader::Target(const AddressPlan& plan) {
         return m_map.m_targets[found];
     }
     void* const memory = m_map.m_arena.allocate(sizeof(RegisterTarget), alignof(RegisterTarget));
-    auto* const target = new (memory) RegisterTarget(plan, m_map.m_arena);
+    auto* const target = new (memory) RegisterTarget(plan, m_map.m_buffers);
     m_targets.Insert(hash, static_cast<std::uint32_t>(m_map.m_targets.size()));
     m_map.m_targets.push_back(target);
     plan.port->AddTarget(target);

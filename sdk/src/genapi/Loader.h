@@ -71,6 +71,13 @@ public:
     PortNode* MainPort();
     /// A formula that the description nests in an address.
     Node* NodeFor(pugi::xml_node xml) const;
+    /// Memory that lives as long as the map. What stands in it is never destroyed.
+    std::pmr::memory_resource& Arena() { return m_map.m_arena; }
+    template <class T>
+    T* New() {
+        static_assert(std::is_trivially_destructible_v<T>);
+        return new (Arena().allocate(sizeof(T), alignof(T))) T{};
+    }
     /// A text that lives as long as the map.
     std::string_view Store(const std::string& text);
 

@@ -137,6 +137,10 @@ void Node::CollectEdges(EdgeSink& edges) {
     edges.Add(*this, Facet::Lock, m_isLocked, Facet::Presence);
 }
 
+std::pmr::memory_resource& Node::Buffers() const {
+    return m_map.Buffers();
+}
+
 std::uint64_t Node::EpochNow() const {
     return m_map.Epoch();
 }

@@ -8,6 +8,7 @@
 #include <pugixml.hpp>
 
 #include <cstdint>
+#include <memory_resource>
 #include <optional>
 #include <span>
 #include <string>
@@ -52,7 +53,8 @@ EAccessMode Combine(EAccessMode left, EAccessMode right) noexcept;
 EAccessMode WithoutWriting(EAccessMode mode) noexcept;
 const char* NameOf(EAccessMode mode) noexcept;
 
-/// Base of all nodes. Owned by the node map's arena and alive as long as the map. The functions of INode and
+/// Base of all nodes. Owned by the node map's arena and alive as long as the map, which ends without
+/// destroying the nodes: their lists are in the arena too, their buffers in Buffers(). The functions of INode and
 /// of the value interfaces take the map's lock and check access; the functions below the line are for other
 /// nodes, are called with the lock held and check nothing.
 class Node : public INode, public ISelector {
@@ -177,6 +179,7 @@ protected:
     /// Marks something as cached, unless the node map was invalidated since `epoch`, while it was being read.
     void Keep(Cached what, Facet facet, std::uint64_t epoch);
     std::uint64_t EpochNow() const;
+    std::pmr::memory_resource& Buffers() const;
     bool Auditing() const;
     void Audit(bool same) const;
 

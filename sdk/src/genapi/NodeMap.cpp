@@ -16,11 +16,11 @@ NodeMap::NodeMap(std::string text, std::shared_ptr<IPort> port, const NodeMapOpt
       m_arena(std::max<std::size_t>(m_text.size() + m_text.size() / 2, 4096)) {}
 
 NodeMap::~NodeMap() {
-    for (Node* node : m_nodes) {
-        node->~Node();
-    }
-    for (RegisterTarget* target : m_targets) {
-        target->~RegisterTarget();
+    // All other nodes have nothing outside of the arena and the buffers, which end as a whole.
+    for (const auto* ports : {&m_ports, &m_chunkPorts}) {
+        for (PortNode* port : *ports) {
+            port->~PortNode();
+        }
     }
 }
 

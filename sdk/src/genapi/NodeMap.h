@@ -80,6 +80,7 @@ public:
     }
     void CheckPort(PortNode& port);
 
+    std::pmr::memory_resource& Buffers() { return m_buffers; }
     void AddChanged(Node& node) { m_callbacks.AddChanged(node); }
     const Graph& Dependencies() const { return m_graph; }
     const std::vector<Node*>& Nodes() const { return m_nodes; }
@@ -116,7 +117,8 @@ private:
     const NodeMapOptions m_options;
     const std::shared_ptr<IPort> m_port;
     std::string m_text;
-    std::pmr::monotonic_buffer_resource m_arena;
+    std::pmr::monotonic_buffer_resource m_arena;        ///< what loading makes, down to the nodes' lists
+    std::pmr::unsynchronized_pool_resource m_buffers; ///< what changes its size later
     pugi::xml_document m_document;
     std::vector<Node*> m_nodes; ///< in the description's order; a hidden one has no place in m_byName
     std::vector<Link> m_links;

@@ -21,6 +21,14 @@ T Number(Loader& loader, Node& owner, pugi::xml_node element) {
 } // namespace
 
 template <class T>
+typename NumberSource<T>::More& NumberSource<T>::Extend(Loader& loader) {
+    if (!m_more) {
+        m_more = loader.New<More>();
+    }
+    return *m_more;
+}
+
+template <class T>
 bool NumberSource<T>::LoadElement(Node& owner, Tag tag, pugi::xml_node element, Loader& loader) {
     switch (tag) {
     case Tag::Value:
@@ -31,11 +39,11 @@ bool NumberSource<T>::LoadElement(Node& owner, Tag tag, pugi::xml_node element, 
         return true;
     case Tag::pValueCopy:
         if (Node* node = loader.Find(owner, element)) {
-            m_copies.push_back(node);
+            Extend(loader).copies.Add(loader.Arena(), node);
         }
         return true;
     case Tag::pIndex:
-        m_index = loader.Find(owner, element);
+        Extend(loader).index = loader.Find(owner, element);
         return true;
     case Tag::ValueIndexed:
     case Tag::pValueIndexed: {
@@ -46,16 +54,16 @@ bool NumberSource<T>::LoadElement(Node& owner, Tag tag, pugi::xml_node element, 
         } else {
             entry.node = loader.Find(owner, element);
         }
-        m_entries.push_back(entry);
+        Extend(loader).entries.Add(loader.Arena(), entry);
         return true;
     }
     case Tag::ValueDefault:
-        m_default.constant = Number<T>(loader, owner, element);
-        m_hasDefault = true;
+        Extend(loader).otherwise.constant = Number<T>(loader, owner, element);
+        m_more->hasDefault = true;
         return true;
     case Tag::pValueDefault:
-        m_default.node = loader.Find(owner, element);
-        m_hasDefault = m_default.node != nullptr;
+        Extend(loader).otherwise.node = loader.Find(owner, element);
+        m_more->hasDefault = m_more->otherwise.node != nullptr;
         return true;
     default:
         return false;
@@ -71,40 +79,43 @@ void NumberSource<T>::CollectEdges(Node& owner, EdgeSink& edges) const {
         edges.Add(owner, Facet::Lock, node, Facet::Lock);
     };
     source(m_value);
-    source(m_default.node);
-    for (const auto& entry : m_entries) {
+    if (!m_more) {
+        return;
+    }
+    source(m_more->otherwise.node);
+    for (const auto& entry : m_more->entries) {
         source(entry.node);
     }
-    if (m_index) {
+    if (Node* const index = m_more->index) {
         for (const auto facet : {Facet::Presence, Facet::Lock, Facet::Value, Facet::Range}) {
-            edges.AddRead(owner, facet, m_index);
+            edges.AddRead(owner, facet, index);
         }
-        edges.Add(owner, Facet::Presence, m_index, Facet::Presence);
+        edges.Add(owner, Facet::Presence, index, Facet::Presence);
     }
 }
 
 template <class T>
 typename NumberSource<T>::Entry* NumberSource<T>::Find(std::int64_t index) {
-    for (auto& entry : m_entries) {
+    for (auto& entry : m_more->entries) {
         if (entry.index == index) {
             return &entry;
         }
     }
-    return m_hasDefault ? &m_default : nullptr;
+    return m_more->hasDefault ? &m_more->otherwise : nullptr;
 }
 
 template <class T>
 typename NumberSource<T>::Entry* NumberSource<T>::Chosen(bool fresh) {
-    const auto index = m_index->ReadInteger(fresh);
+    const auto index = Index()->ReadInteger(fresh);
     if (Entry* const entry = Find(index)) {
         return entry;
     }
-    m_index->Fail(Error::GenApiLogical, "no value is described for the index " + std::to_string(index));
+    Index()->Fail(Error::GenApiLogical, "no value is described for the index " + std::to_string(index));
 }
 
 template <class T>
 Node* NumberSource<T>::Current(bool fresh) {
-    return m_value ? m_value : m_index ? Chosen(fresh)->node : nullptr;
+    return m_value ? m_value : Index() ? Chosen(fresh)->node : nullptr;
 }
 
 template <class T>
@@ -112,24 +123,25 @@ EAccessMode NumberSource<T>::Presence() {
     if (m_value) {
         return m_value->Presence();
     }
-    if (!m_index) {
+    Node* const index = Index();
+    if (!index) {
         return RW;
     }
-    if (!m_index->Readable()) {
+    if (!index->Readable()) {
         return NA;
     }
     try {
         Node* const node = Current();
         return node ? node->Presence() : RW;
     } catch (const Exception&) {
-        m_index->Map().NextEpoch(); // the failure may pass
+        index->Map().NextEpoch(); // the failure may pass
         return NA;
     }
 }
 
 template <class T>
 bool NumberSource<T>::Locked() {
-    if (m_index && !IsWritable(Presence())) {
+    if (Index() && !IsWritable(Presence())) {
         return true;
     }
     Node* const node = Current();
@@ -141,7 +153,7 @@ T NumberSource<T>::Read(bool fresh) {
     if (m_value) {
         return ReadNumber<T>(*m_value, fresh);
     }
-    if (m_index) {
+    if (Index()) {
         const Entry& entry = *Chosen(fresh);
         return entry.node ? ReadNumber<T>(*entry.node, fresh) : entry.constant;
     }
@@ -153,7 +165,7 @@ bool NumberSource<T>::Write(T value) {
     bool keptHere = false;
     if (m_value) {
         WriteNumber<T>(*m_value, value);
-    } else if (m_index) {
+    } else if (Index()) {
         Entry& entry = *Chosen(false);
         if (entry.node) {
             WriteNumber<T>(*entry.node, value);
@@ -165,7 +177,10 @@ bool NumberSource<T>::Write(T value) {
         m_constant = value;
         keptHere = true;
     }
-    for (Node* copy : m_copies) {
+    if (!m_more) {
+        return keptHere;
+    }
+    for (Node* copy : m_more->copies) {
         if (IsWritable(copy->Access())) {
             WriteNumber<T>(*copy, value);
         }

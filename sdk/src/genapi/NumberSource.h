@@ -1,10 +1,10 @@
 #pragma once
 
+#include "genapi/ArenaList.h"
 #include "genapi/Node.h"
 
 #include <cstdint>
 #include <type_traits>
-#include <vector>
 
 namespace Norvane::GenApi {
 
@@ -14,7 +14,7 @@ template <class T>
 class NumberSource {
 public:
     bool LoadElement(Node& owner, Tag tag, pugi::xml_node element, Loader& loader);
-    bool Missing() const { return !m_hasConstant && !m_value && !m_index; }
+    bool Missing() const { return !m_hasConstant && !m_value && !Index(); }
     void CollectEdges(Node& owner, EdgeSink& edges) const;
 
     EAccessMode Presence();
@@ -38,17 +38,23 @@ private:
         T constant;
         Node* node;
     };
+    /// What few sources have.
+    struct More {
+        Node* index = nullptr;
+        ArenaList<Entry> entries;
+        Entry otherwise{};
+        bool hasDefault = false;
+        ArenaList<Node*> copies;
+    };
+    More& Extend(Loader& loader);
+    Node* Index() const { return m_more ? m_more->index : nullptr; }
     Entry* Find(std::int64_t index);
     Entry* Chosen(bool fresh);
 
     T m_constant{};
     Node* m_value = nullptr;
-    Node* m_index = nullptr;
-    std::vector<Entry> m_entries;
-    std::vector<Node*> m_copies;
+    More* m_more = nullptr;
     bool m_hasConstant = false;
-    bool m_hasDefault = false;
-    Entry m_default{};
 };
 
 template <class T>

@@ -21,13 +21,13 @@ bool RegisterCore::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) 
         return true;
     case Tag::pAddress:
         if (Node* node = loader.Find(m_owner, element)) {
-            plan.terms.push_back({node});
+            plan.terms.Add(loader.Arena(), {node});
         }
         plan.hasAddress = true;
         return true;
     case Tag::IntSwissKnife:
         if (Node* node = loader.NodeFor(element)) {
-            plan.terms.push_back({node});
+            plan.terms.Add(loader.Arena(), {node});
         }
         plan.hasAddress = true;
         return true;
@@ -42,7 +42,7 @@ bool RegisterCore::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) 
             term.timesLength = true;
         }
         if (term.node) {
-            plan.terms.push_back(term);
+            plan.terms.Add(loader.Arena(), term);
         }
         plan.hasAddress = true;
         return true;
@@ -95,7 +95,7 @@ void RegisterCore::FinishLoading(Loader& loader) {
         plan.port = loader.MainPort();
     }
     m_target = loader.Target(plan);
-    m_target->Users().push_back(&m_owner);
+    m_target->Users().Add(loader.Arena(), &m_owner);
     m_target->m_anyUncachable = m_target->m_anyUncachable || m_caching != WriteThrough;
 }
 

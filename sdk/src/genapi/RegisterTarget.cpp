@@ -33,8 +33,8 @@ std::uint64_t HashOf(const AddressPlan& plan) {
     return hash;
 }
 
-RegisterTarget::RegisterTarget(AddressPlan plan, std::pmr::memory_resource& memory)
-    : m_plan(std::move(plan)), m_users(&memory) {
+RegisterTarget::RegisterTarget(const AddressPlan& plan, std::pmr::memory_resource& buffers)
+    : m_plan(plan), m_many(&buffers) {
     if (IsStatic()) {
         m_address = m_plan.constant;
         m_length = m_plan.length;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "genapi/ArenaList.h"
+
 #include <array>
 #include <cstdint>
 #include <limits>
@@ -24,7 +26,7 @@ struct AddressPlan {
     };
     PortNode* port = nullptr;
     std::int64_t constant = 0;
-    std::vector<Term> terms;
+    ArenaList<Term> terms;
     std::int64_t length = 0;
     Node* lengthNode = nullptr;
     bool hasAddress = false;
@@ -38,8 +40,8 @@ std::uint64_t HashOf(const AddressPlan& plan);
 /// Owned by the node map, guarded by its lock.
 class RegisterTarget {
 public:
-    /// @param memory  must outlive the object.
-    RegisterTarget(AddressPlan plan, std::pmr::memory_resource& memory);
+    /// @param buffers  for the bytes; must outlive the object.
+    RegisterTarget(const AddressPlan& plan, std::pmr::memory_resource& buffers);
     RegisterTarget(const RegisterTarget&) = delete;
     RegisterTarget& operator=(const RegisterTarget&) = delete;
 
@@ -70,7 +72,7 @@ public:
         return true;
     }
 
-    std::pmr::vector<Node*>& Users() { return m_users; }
+    ArenaList<Node*>& Users() { return m_users; }
     bool m_anyUncachable = false; ///< a user that is not cached, or not after writing
 
 private:
@@ -82,8 +84,8 @@ private:
     static constexpr std::int64_t kFew = 8;
 
     std::array<std::uint8_t, kFew> m_few{};
-    std::vector<std::uint8_t> m_many;
-    std::pmr::vector<Node*> m_users;
+    std::pmr::vector<std::uint8_t> m_many;
+    ArenaList<Node*> m_users;
     bool m_resolved = false;
     bool m_seen = false;
 };

@@ -70,7 +70,7 @@ void StringNode::CollectEdges(EdgeSink& edges) {
 }
 
 std::string StringNode::ComputeText(bool fresh) {
-    return m_value ? m_value->ReadText(fresh) : m_constant;
+    return m_value ? m_value->ReadText(fresh) : std::string(m_constant);
 }
 
 void StringNode::WriteText(const std::string& value) {

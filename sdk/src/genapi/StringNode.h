@@ -44,7 +44,7 @@ protected:
     std::string ComputeText(bool fresh) override;
 
 private:
-    std::string m_constant;
+    std::pmr::string m_constant{&Buffers()};
     Node* m_value = nullptr;
     bool m_hasConstant = false;
 };

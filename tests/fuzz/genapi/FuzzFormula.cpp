@@ -14,7 +14,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Formula::Names names{{"A", "B"}, {{"C", 0.5}}, {{"X", half}, {"Y", "X+X"}}};
     for (const auto kind : {Formula::Kind::Integer, Formula::Kind::Float}) {
         try {
-            const auto formula = Formula::Compile(text, names, kind);
+            std::pmr::monotonic_buffer_resource memory;
+            const auto formula = Formula::Compile(text, names, kind, memory);
             for (const std::int64_t value : {std::int64_t{0}, std::int64_t{-1}, INT64_MIN, INT64_MAX}) {
                 const auto load = [value](std::size_t index) { return index ? value : value / 2 + 1; };
                 try {

@@ -20,7 +20,8 @@ const auto kLoad = [](std::size_t index) {
 
 std::string Result(const std::string& text, Formula::Kind kind) {
     try {
-        const auto formula = Formula::Compile(text, kNames, kind);
+        std::pmr::monotonic_buffer_resource memory;
+        const auto formula = Formula::Compile(text, kNames, kind, memory);
         return kind == Formula::Kind::Integer ? std::to_string(formula.EvaluateInteger(kLoad))
                                               : FormatShortest(formula.EvaluateFloat(kLoad));
     } catch (const Exception& error) {
@@ -103,7 +104,9 @@ TEST(Formula, Faults) {
 TEST(Formula, ReadsAVariableOnceAndOnlyIfNeeded) {
     int reads[2] = {0, 0};
     const auto load = [&reads](std::size_t index) { return static_cast<std::int64_t>(++reads[index]); };
-    const auto formula = Formula::Compile("A*A+A > 0 ? A : B", {{"A", "B"}, {}, {}}, Formula::Kind::Integer);
+    std::pmr::monotonic_buffer_resource memory;
+    const auto formula =
+        Formula::Compile("A*A+A > 0 ? A : B", {{"A", "B"}, {}, {}}, Formula::Kind::Integer, memory);
     EXPECT_EQ(formula.EvaluateInteger(load), 1);
     EXPECT_EQ(reads[0], 1);
     EXPECT_EQ(reads[1], 0);

@@ -283,7 +283,8 @@ TEST(Judge, Formulas) {
             const auto kind = asInteger ? Formula::Kind::Integer : Formula::Kind::Float;
             std::string ours;
             try {
-                const auto compiled = Formula::Compile(formula, {{"A", "B"}, {}, {}}, kind);
+                std::pmr::monotonic_buffer_resource memory;
+                const auto compiled = Formula::Compile(formula, {{"A", "B"}, {}, {}}, kind, memory);
                 const auto load = [](std::size_t i) { return i == 0 ? 5 : 3; };
                 ours = asInteger ? std::to_string(compiled.EvaluateInteger(load))
                                  : FormatShortest(compiled.EvaluateFloat(load));
