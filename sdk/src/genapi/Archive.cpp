@@ -29,8 +29,12 @@ bool IsXml(std::string_view name) {
 
 } // namespace
 
+bool IsArchive(std::string_view file) {
+    return file.substr(0, 2) == "PK";
+}
+
 std::string DescriptionText(std::string_view file) {
-    if (file.substr(0, 2) != "PK") {
+    if (!IsArchive(file)) {
         return std::string(file);
     }
     zip_error_t error;

@@ -5,6 +5,8 @@
 
 namespace Norvane::GenApi {
 
+bool IsArchive(std::string_view file);
+
 /// The XML text of a description file: the text itself, or the first ".xml" entry of a zip archive.
 /// @throws Exception (FileFormat) for an archive that is damaged, holds no XML or unpacks to more than 256
 /// MB.

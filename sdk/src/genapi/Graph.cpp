@@ -8,7 +8,7 @@ namespace Norvane::GenApi {
 namespace {
 
 /// Turns counts per vertex into the start of each vertex's range; one more entry marks the end.
-void ToStarts(std::vector<std::uint32_t>& counts) {
+void ToStarts(std::pmr::vector<std::uint32_t>& counts) {
     std::exclusive_scan(counts.begin(), counts.end(), counts.begin(), 0u);
 }
 
@@ -17,7 +17,6 @@ void ToStarts(std::vector<std::uint32_t>& counts) {
 void Graph::Build(std::uint32_t vertices, const std::vector<Edge>& edges) {
     m_outStart.assign(vertices + 1, 0);
     m_inStart.assign(vertices + 1, 0);
-    m_triggerStart.assign(vertices + 1, 0);
     m_cachable.assign(vertices, 1);
     m_mark.assign(vertices, 0);
     for (const auto& edge : edges) {
@@ -28,8 +27,8 @@ void Graph::Build(std::uint32_t vertices, const std::vector<Edge>& edges) {
     ToStarts(m_inStart);
     m_out.resize(edges.size());
     m_in.resize(edges.size());
-    auto outNext = m_outStart;
-    auto inNext = m_inStart;
+    std::vector<std::uint32_t> outNext(m_outStart.begin(), m_outStart.end());
+    std::vector<std::uint32_t> inNext(m_inStart.begin(), m_inStart.end());
     for (const auto& edge : edges) {
         m_out[outNext[edge.from]++] = {edge.to & 0x7FFFFFFFu, edge.content};
         m_in[inNext[edge.to]++] = edge.from;

@@ -3,6 +3,7 @@
 #include "genapi/Node.h"
 
 #include <cstdint>
+#include <memory_resource>
 #include <vector>
 
 namespace Norvane::GenApi {
@@ -42,6 +43,11 @@ public:
     /// Longer chains than this would endanger the stack, and come from no camera.
     static constexpr std::uint32_t kLongestChain = 250;
 
+    /// @param memory  for what Build and AddTriggers make; must outlive the object.
+    explicit Graph(std::pmr::memory_resource& memory)
+        : m_outStart(&memory), m_out(&memory), m_inStart(&memory), m_in(&memory), m_triggerStart(&memory),
+          m_triggers(&memory), m_cachable(&memory), m_mark(&memory) {}
+
     void Build(std::uint32_t vertices, const std::vector<Edge>& edges);
     /// Dependencies first. Sets Cachable from what nodes say of themselves (see SetUncachable).
     std::vector<Trouble> Sort();
@@ -69,14 +75,14 @@ private:
         std::uint32_t vertex : 31;
         std::uint32_t content : 1;
     };
-    std::vector<std::uint32_t> m_outStart;
-    std::vector<Half> m_out; ///< from dependent to dependency
-    std::vector<std::uint32_t> m_inStart;
-    std::vector<std::uint32_t> m_in;
-    std::vector<std::uint32_t> m_triggerStart;
-    std::vector<std::uint32_t> m_triggers;
-    std::vector<std::uint8_t> m_cachable;
-    std::vector<std::uint32_t> m_mark;
+    std::pmr::vector<std::uint32_t> m_outStart;
+    std::pmr::vector<Half> m_out; ///< from dependent to dependency
+    std::pmr::vector<std::uint32_t> m_inStart;
+    std::pmr::vector<std::uint32_t> m_in;
+    std::pmr::vector<std::uint32_t> m_triggerStart;
+    std::pmr::vector<std::uint32_t> m_triggers;
+    std::pmr::vector<std::uint8_t> m_cachable;
+    std::pmr::vector<std::uint32_t> m_mark;
     std::vector<std::uint32_t> m_queue;
     std::uint32_t m_round = 0;
 };

@@ -623,7 +623,9 @@ int Loader::Word(Node& by, pugi::xml_node element, std::initializer_list<std::st
 
 std::shared_ptr<INodeMap> CreateNodeMap(std::string_view description, std::shared_ptr<IPort> port,
                                         const NodeMapOptions& options) {
-    auto map = std::make_shared<NodeMap>(DescriptionText(description), std::move(port), options);
+    const auto unpacked = IsArchive(description) ? DescriptionText(description) : std::string();
+    auto map =
+        std::make_shared<NodeMap>(unpacked.empty() ? description : unpacked, std::move(port), options);
     Loader(*map).Run();
     return map;
 }

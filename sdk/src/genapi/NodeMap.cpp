@@ -11,9 +11,12 @@
 
 namespace Norvane::GenApi {
 
-NodeMap::NodeMap(std::string text, std::shared_ptr<IPort> port, const NodeMapOptions& options)
-    : m_options(options), m_port(std::move(port)), m_text(std::move(text)),
-      m_arena(std::max<std::size_t>(m_text.size() + m_text.size() / 2, 4096)) {}
+NodeMap::NodeMap(std::string_view text, std::shared_ptr<IPort> port, const NodeMapOptions& options)
+    // The text, and what descriptions make on the average: nodes of once and dependencies of half its size.
+    : m_options(options), m_port(std::move(port)), m_arena(std::max<std::size_t>(3 * text.size(), 4096), &m_pages),
+      m_text(static_cast<char*>(m_arena.allocate(text.size() + 1, 1)), text.size()) {
+    std::copy(text.begin(), text.end(), m_text.begin());
+}
 
 NodeMap::~NodeMap() {
     // All other nodes have nothing outside of the arena and the buffers, which end as a whole.

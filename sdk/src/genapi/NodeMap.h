@@ -3,6 +3,7 @@
 #include "genapi/Callbacks.h"
 #include "genapi/Graph.h"
 #include "genapi/IndexTable.h"
+#include "genapi/LargePages.h"
 #include "genapi/MapMutex.h"
 #include "genapi/Node.h"
 #include "genapi/Published.h"
@@ -29,7 +30,7 @@ class RegisterTarget;
 class NodeMap final : public INodeMap, public std::enable_shared_from_this<NodeMap> {
 public:
     /// @param text  the description as plain XML.
-    NodeMap(std::string text, std::shared_ptr<IPort> port, const NodeMapOptions& options);
+    NodeMap(std::string_view text, std::shared_ptr<IPort> port, const NodeMapOptions& options);
     ~NodeMap() override;
 
     INode* GetNode(const gcstring& name) const override;
@@ -116,10 +117,11 @@ private:
     CallbackList m_callbacks;
     const NodeMapOptions m_options;
     const std::shared_ptr<IPort> m_port;
-    std::string m_text;
-    std::pmr::monotonic_buffer_resource m_arena;        ///< what loading makes, down to the nodes' lists
+    LargePages m_pages;
+    std::pmr::monotonic_buffer_resource m_arena;      ///< what loading makes, down to the nodes' lists
     std::pmr::unsynchronized_pool_resource m_buffers; ///< what changes its size later
-    pugi::xml_document m_document;
+    std::span<char> m_text;           ///< in the arena
+    pugi::xml_document m_document; ///< points into the text
     std::vector<Node*> m_nodes; ///< in the description's order; a hidden one has no place in m_byName
     std::vector<Link> m_links;
     IndexTable m_byName; ///< indices of m_nodes
@@ -132,7 +134,7 @@ private:
     std::vector<LivePort> m_livePorts;   ///< each one behind m_ports once
     std::vector<PortNode*> m_ports;      ///< whose mode can change at any time
     std::vector<PortNode*> m_chunkPorts; ///< change only when chunks are attached
-    Graph m_graph;
+    Graph m_graph{m_arena};
     std::uint64_t m_epoch = 1;
 
     struct Polled {
