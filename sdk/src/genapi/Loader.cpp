@@ -51,12 +51,15 @@ constexpr std::size_t kAhead = 16;
     __builtin_prefetch(element.name() + kText);
 }
 
-[[gnu::always_inline]] inline void AskFor(const Node* node) {
-    constexpr int kLines = 5; // of 64 bytes, what most nodes take
-    for (int line = 0; line < kLines; ++line) {
-        __builtin_prefetch(reinterpret_cast<const char*>(node) + 64 * line);
+/// Asks for so much memory from there on.
+template <std::size_t bytes>
+[[gnu::always_inline]] inline void AskFor(const void* memory) {
+    constexpr std::size_t kLine = 64;
+    for (std::size_t at = 0; at < bytes; at += kLine) {
+        __builtin_prefetch(static_cast<const char*>(memory) + at, 1);
     }
 }
+constexpr std::size_t kNodeBytes = 256; // what most nodes take
 
 /// A Node without any function.
 class PlainNode final : public Node {
@@ -125,7 +128,8 @@ void Loader::Fault(Node& node, const std::string& what) {
 
 template <class Kind, class... Arguments>
 Node* Loader::Make(pugi::xml_node xml, std::string_view name, Arguments&&... arguments) {
-    void* const memory = m_map.m_arena.allocate(sizeof(Kind), alignof(Kind));
+    void* const memory = Arena().allocate(sizeof(Kind), alignof(Kind));
+    AskFor<sizeof(Kind)>(static_cast<char*>(memory) + 4 * kNodeBytes); // where the next nodes will stand
     Node* const node = new (memory) Kind(m_map, xml, name, static_cast<std::uint32_t>(m_map.m_nodes.size()),
                                          std::forward<Arguments>(arguments)...);
     m_map.m_nodes.push_back(node);
@@ -299,8 +303,7 @@ void Loader::CreateEntries(EnumerationNode& enumeration) {
         if (given.empty()) {
             Complain(enumeration.Name() + ": an EnumEntry without a Name is left out");
         } else {
-            const auto name =
-                given.substr(0, prefix.size()) == prefix ? given : Store(prefix + std::string(given));
+            const auto name = given.substr(0, prefix.size()) == prefix ? given : Store(prefix, given);
             m_entries.push_back(Ahead(entry, Tag::EnumEntry, name));
         }
     }
@@ -326,10 +329,10 @@ void Loader::CreateNested(pugi::xml_node xml) {
     }
 }
 
-std::string_view Loader::Store(const std::string& text) {
-    auto* const memory = static_cast<char*>(m_map.m_arena.allocate(text.size(), 1));
-    std::memcpy(memory, text.data(), text.size());
-    return {memory, text.size()};
+std::string_view Loader::Store(std::string_view first, std::string_view second) {
+    auto* const memory = static_cast<char*>(Arena().allocate(first.size() + second.size(), 1));
+    std::copy(second.begin(), second.end(), std::copy(first.begin(), first.end(), memory));
+    return {memory, first.size() + second.size()};
 }
 
 Node* Loader::NodeFor(pugi::xml_node xml) const {
@@ -354,7 +357,7 @@ void Loader::ReadElements(pugi::xml_node xml) {
 
 void Loader::ReadElementsOf(const Node& node) {
     const auto xml = node.Xml();
-    if (TagOf(xml.name()) == Tag::StructEntry) {
+    if (std::strcmp(xml.name(), "StructEntry") == 0) {
         ReadElements(xml.parent());
     }
     ReadElements(xml);
@@ -366,8 +369,7 @@ void Loader::FindLikely() {
             const auto index = m_map.m_byName.Guess(element.hash);
             if (index != IndexTable::kNone) {
                 element.likely = m_map.m_nodes[index];
-                __builtin_prefetch(element.likely);
-                __builtin_prefetch(reinterpret_cast<const char*>(element.likely) + 64);
+                AskFor<sizeof(Node)>(element.likely);
             }
         }
     }
@@ -404,7 +406,7 @@ void Loader::LoadNodes() {
         const auto count = std::min(kAhead, m_map.m_nodes.size() - first);
         const auto next = std::min(first + 2 * kAhead, m_map.m_nodes.size());
         for (auto i = first + count; i < next; ++i) {
-            AskFor(m_map.m_nodes[i]);
+            AskFor<kNodeBytes>(m_map.m_nodes[i]);
         }
         m_elements.clear();
         for (std::size_t i = 0; i < count; ++i) {
@@ -452,7 +454,7 @@ RegisterTarget* Loader::Target(const AddressPlan& plan) {
     if (found != IndexTable::kNone) {
         return m_map.m_targets[found];
     }
-    void* const memory = m_map.m_arena.allocate(sizeof(RegisterTarget), alignof(RegisterTarget));
+    void* const memory = Arena().allocate(sizeof(RegisterTarget), alignof(RegisterTarget));
     auto* const target = new (memory) RegisterTarget(plan, m_map.m_buffers);
     m_targets.Insert(hash, static_cast<std::uint32_t>(m_map.m_targets.size()));
     m_map.m_targets.push_back(target);

@@ -78,8 +78,8 @@ public:
         static_assert(std::is_trivially_destructible_v<T>);
         return new (Arena().allocate(sizeof(T), alignof(T))) T{};
     }
-    /// A text that lives as long as the map.
-    std::string_view Store(const std::string& text);
+    /// The two texts as one that lives as long as the map.
+    std::string_view Store(std::string_view first, std::string_view second);
 
 private:
     void Parse();
