@@ -5,6 +5,7 @@
 
 namespace Norvane::GenApi {
 
+/// Whether a description file is a zip archive.
 bool IsArchive(std::string_view file);
 
 /// The XML text of a description file: the text itself, or the first ".xml" entry of a zip archive.

@@ -29,7 +29,9 @@ public:
     std::uint32_t size() const { return m_size; }
     bool empty() const { return m_size == 0; }
     T& operator[](std::size_t index) const { return m_first[index]; }
-    bool operator==(const ArenaList& other) const { return std::equal(begin(), end(), other.begin(), other.end()); }
+    bool operator==(const ArenaList& other) const {
+        return std::equal(begin(), end(), other.begin(), other.end());
+    }
 
 private:
     T* m_first = nullptr;

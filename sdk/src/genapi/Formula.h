@@ -64,7 +64,8 @@ enum class Op : std::uint8_t {
 /// double throughout and drops the fraction of the result. && || and ?: evaluate only the operands that they
 /// need.
 ///
-/// A view of what Compile made in the caller's memory. Immutable after Compile; evaluation may run on any number of threads.
+/// A view of what Compile made in the caller's memory. Immutable after Compile; evaluation may run on any
+/// number of threads.
 class Formula {
 public:
     enum class Kind : std::uint8_t { Integer, Float };

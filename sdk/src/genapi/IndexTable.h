@@ -1,5 +1,7 @@
 #pragma once
 
+#include "genapi/LookAhead.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
@@ -43,7 +45,7 @@ public:
     /// Asks for the memory that Find will look at.
     [[gnu::always_inline]] void AskFor(std::uint64_t hash) const {
         if (!m_slots.empty()) {
-            __builtin_prefetch(&m_slots[TagOf(hash) & (m_slots.size() - 1)]);
+            GenApi::AskFor(&m_slots[TagOf(hash) & (m_slots.size() - 1)]);
         }
     }
     /// What Find most probably gives, without a look at the element.

@@ -3,10 +3,11 @@
 #include "genapi/NodeMap.h"
 #include "genapi/RegisterTarget.h"
 
-#include <array>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_set>
 
 namespace Norvane::GenApi {
@@ -88,7 +89,11 @@ private:
     void CreateStruct(pugi::xml_node xml);
     void CreateEntries(EnumerationNode& enumeration);
     void CreateNested(pugi::xml_node xml);
-    XmlElement Ahead(pugi::xml_node xml, Tag tag, std::string_view name) const;
+    [[gnu::always_inline]] XmlElement Ahead(pugi::xml_node xml, Tag tag, std::string_view name) const {
+        const auto hash = NodeMap::HashOf(name);
+        m_map.m_byName.AskFor(hash);
+        return {xml, tag, name, hash, nullptr};
+    }
     Node* Create(const XmlElement& element, bool hidden = false);
     template <class Kind, class... Arguments>
     Node* Make(pugi::xml_node xml, std::string_view name, Arguments&&... arguments);
@@ -115,8 +120,8 @@ private:
     const XmlElement* m_current = nullptr;
     EdgeSink m_edges;
     std::vector<std::uint32_t> m_uncachable; ///< vertices
-    std::vector<PortNode*> m_portNodes; ///< of the description
-    std::vector<Node*> m_linking;       ///< nodes with links
+    std::vector<PortNode*> m_portNodes;      ///< of the description
+    std::vector<Node*> m_linking;            ///< nodes with links
     PortNode* m_mainPort = nullptr;
     int m_complaints = 0;
 };

@@ -54,9 +54,9 @@ EAccessMode WithoutWriting(EAccessMode mode) noexcept;
 const char* NameOf(EAccessMode mode) noexcept;
 
 /// Base of all nodes. Owned by the node map's arena and alive as long as the map, which ends without
-/// destroying the nodes: their lists are in the arena too, their buffers in Buffers(). The functions of INode and
-/// of the value interfaces take the map's lock and check access; the functions below the line are for other
-/// nodes, are called with the lock held and check nothing.
+/// destroying the nodes: their lists are in the arena too, their buffers in Buffers(). The functions of INode
+/// and of the value interfaces take the map's lock and check access; the functions below the line are for
+/// other nodes, are called with the lock held and check nothing.
 class Node : public INode, public ISelector {
 public:
     Node(NodeMap& map, pugi::xml_node xml, std::string_view name, std::uint32_t index, EInterfaceType type);

@@ -13,8 +13,9 @@ namespace Norvane::GenApi {
 
 NodeMap::NodeMap(std::string_view text, std::shared_ptr<IPort> port, const NodeMapOptions& options)
     // The text, and what descriptions make on the average: nodes of once and dependencies of half its size.
-    : m_options(options), m_port(std::move(port)), m_arena(std::max<std::size_t>(3 * text.size(), 4096), &m_pages),
-      m_text(static_cast<char*>(m_arena.allocate(text.size() + 1, 1)), text.size()) {
+    : m_options(options), m_port(std::move(port)),
+      m_arena(std::max<std::size_t>(3 * text.size(), 4096), &m_pages),
+      m_text(static_cast<char*>(m_arena.allocate(text.size(), 1)), text.size()) {
     std::copy(text.begin(), text.end(), m_text.begin());
 }
 

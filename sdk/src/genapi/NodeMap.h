@@ -120,8 +120,8 @@ private:
     LargePages m_pages;
     std::pmr::monotonic_buffer_resource m_arena;      ///< what loading makes, down to the nodes' lists
     std::pmr::unsynchronized_pool_resource m_buffers; ///< what changes its size later
-    std::span<char> m_text;           ///< in the arena
-    pugi::xml_document m_document; ///< points into the text
+    std::span<char> m_text;                           ///< in the arena
+    pugi::xml_document m_document;                    ///< points into the text
     std::vector<Node*> m_nodes; ///< in the description's order; a hidden one has no place in m_byName
     std::vector<Link> m_links;
     IndexTable m_byName; ///< indices of m_nodes

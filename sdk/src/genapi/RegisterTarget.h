@@ -81,7 +81,7 @@ private:
     std::int64_t m_length = 0;
     std::uint64_t m_epoch = 0;
     /// Most registers are so short that their bytes can stand here.
-    static constexpr std::int64_t kFew = 8;
+    static constexpr std::int64_t kFew = 16;
 
     std::array<std::uint8_t, kFew> m_few{};
     std::pmr::vector<std::uint8_t> m_many;

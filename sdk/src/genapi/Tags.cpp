@@ -69,7 +69,9 @@ constexpr std::size_t SlotOf(std::string_view name) noexcept {
         return 0;
     }
     // Length, ends and middle tell almost all names apart.
-    const auto at = [name](std::size_t index) { return std::uint32_t{static_cast<unsigned char>(name[index])}; };
+    const auto at = [name](std::size_t index) {
+        return std::uint32_t{static_cast<unsigned char>(name[index])};
+    };
     const auto hash = static_cast<std::uint32_t>(name.size()) * 0x9E3779B1u + at(0) * 0x85EBCA6Bu +
                       at(name.size() / 2) * 0xC2B2AE35u + at(name.size() - 1) * 0x27D4EB2Fu +
                       at(name.size() / 4) * 0x165667B1u;
