@@ -155,7 +155,7 @@ void Loader::CreateNodes() {
     m_map.m_nodes.reserve(expected);
     auto xml = root.first_child();
     while (xml) {
-        AskForMore(xml);
+        AskForMore<7, 4>(xml); // what lies between two nodes' elements on the average
         const Tag tag = TagOf(xml.name());
         if (tag == Tag::Group && xml.first_child()) {
             xml = xml.first_child();
