@@ -14,7 +14,9 @@ using namespace Norvane::GenApi;
 
 namespace {
 
-constexpr std::size_t kDeepestCategory = 64; ///< far beyond any camera; a description may be broken
+// Both far beyond any camera; a description may be broken.
+constexpr std::size_t kDeepestCategory = 64;
+constexpr int kMostPlaces = 16; ///< of one category; without a limit, rows double from level to level
 
 void findMatches(const QStandardItem* item, const QRegularExpression& pattern, QSet<QString>& names) {
     if (!item) {
@@ -57,6 +59,13 @@ void FeaturePopulator::populateCategory(INode& node, QStandardItem* parent, bool
     if (known || m_path.size() >= kDeepestCategory) {
         qWarning("%s: the category lies %s and is left out", node.GetName().c_str(),
                  known ? "inside itself" : "too deep");
+        return;
+    }
+    if (const int places = ++m_places[&node]; places > kMostPlaces) {
+        if (places == kMostPlaces + 1) {
+            qWarning("%s: the category is listed at more than %d places and left out at the others",
+                     node.GetName().c_str(), kMostPlaces);
+        }
         return;
     }
     std::unique_ptr<QStandardItem> item(FeatureModel::makeCategoryItem(node));

@@ -4,6 +4,7 @@
 
 #include <QStringList>
 
+#include <map>
 #include <set>
 #include <vector>
 
@@ -41,4 +42,5 @@ private:
     FeatureModel& m_model;
     Norvane::GenApi::NodeCallback m_callback;
     std::vector<const Norvane::GenApi::INode*> m_path; ///< categories from Root to the one being populated
+    std::map<const Norvane::GenApi::INode*, int> m_places; ///< how often each category was met
 };

@@ -9,6 +9,7 @@ using namespace Norvane::GenApi;
 namespace {
 
 constexpr std::size_t kLongestRegister = 65536; ///< bytes shown of a register
+constexpr int kDeepestCategory = 64;            ///< far beyond any camera; a description may be broken
 
 const char* representationText(ERepresentation representation) {
     switch (representation) {
@@ -123,13 +124,14 @@ bool hasValue(INode& node) {
     return type != intfICategory && type != intfIEnumEntry && type != intfIPort && type != intfIBase;
 }
 
-/// Walks the categories and reads each feature once.
+/// Walks the categories and reads each feature once. What lies deeper than any sensible category is left to
+/// whoever asks for the features without one.
 class Walk {
 public:
     explicit Walk(std::vector<FeatureRecord>& records) : m_records(records) {}
 
-    void category(INode& node, const std::string& path) {
-        if (!m_seen.insert(&node).second) {
+    void category(INode& node, const std::string& path, int depth = 0) {
+        if (depth > kDeepestCategory || !m_seen.insert(&node).second) {
             return;
         }
         value_vector features;
@@ -141,7 +143,7 @@ public:
             }
             if (CCategoryPtr(feature).IsValid()) {
                 const std::string name = child->GetName().str();
-                category(*child, path.empty() ? name : path + "/" + name);
+                category(*child, path.empty() ? name : path + "/" + name, depth + 1);
             } else {
                 this->feature(*child, path);
             }
