@@ -104,11 +104,11 @@ void IntConverterNode::CollectEdges(EdgeSink& edges) {
 }
 
 std::int64_t IntConverterNode::ComputeInteger(bool fresh) {
-    return m_core.FromInteger(m_core.Behind().ReadInteger(fresh), fresh);
+    return Named(*this, [&] { return m_core.FromInteger(m_core.Behind().ReadInteger(fresh), fresh); });
 }
 
 void IntConverterNode::WriteInteger(std::int64_t value) {
-    m_core.Behind().WriteInteger(m_core.ToInteger(value));
+    m_core.Behind().WriteInteger(Named(*this, [&] { return m_core.ToInteger(value); }));
 }
 
 std::int64_t IntConverterNode::Limit(bool lower) {
@@ -148,11 +148,11 @@ void ConverterNode::CollectEdges(EdgeSink& edges) {
 }
 
 double ConverterNode::ComputeFloat(bool fresh) {
-    return m_core.FromFloat(m_core.Behind().ReadFloat(fresh), fresh);
+    return Named(*this, [&] { return m_core.FromFloat(m_core.Behind().ReadFloat(fresh), fresh); });
 }
 
 void ConverterNode::WriteFloat(double value) {
-    const auto behind = m_core.ToFloat(value);
+    const auto behind = Named(*this, [&] { return m_core.ToFloat(value); });
     if (std::isnan(behind)) {
         Fail(Error::GenApiOutOfRange, "the value cannot be converted");
     }

@@ -318,13 +318,14 @@ void FloatNode::WriteFloat(double value) {
 }
 
 ERepresentation FloatNode::Representation() {
-    Node* const behind = m_source.Direct();
+    Node* const behind = Broken() ? nullptr : m_source.Direct(); // a broken one may lie behind itself
     return OwnRepresentation(behind ? behind->Representation() : PureNumber);
 }
 
 std::string FloatNode::Unit() {
     const auto own = Child("Unit");
-    return own.empty() && m_source.Direct() ? m_source.Direct()->Unit() : std::string(own);
+    Node* const behind = Broken() ? nullptr : m_source.Direct();
+    return own.empty() && behind ? behind->Unit() : std::string(own);
 }
 
 double FloatNode::ComputeMin() {

@@ -2,6 +2,7 @@
 
 #include "genapi/Formula.h"
 #include "genapi/Node.h"
+#include "norvane/Exception.h"
 
 #include <string_view>
 
@@ -40,5 +41,19 @@ private:
     ArenaList<Formula::Constant> m_constants;
     ArenaList<Formula::Expression> m_expressions;
 };
+
+/// A formula does not know its node; an error must name it.
+template <class Evaluate>
+auto Named(const Node& node, Evaluate&& evaluate) {
+    try {
+        return evaluate();
+    } catch (const Exception& error) {
+        if (error.GetError() != Error::GenApiLogical ||
+            std::string_view(error.what()).find(": ") != std::string::npos) {
+            throw;
+        }
+        node.Fail(Error::GenApiLogical, error.what());
+    }
+}
 
 } // namespace Norvane::GenApi

@@ -254,13 +254,14 @@ void IntegerNode::WriteInteger(std::int64_t value) {
 }
 
 ERepresentation IntegerNode::Representation() {
-    Node* const behind = m_source.Direct();
+    Node* const behind = Broken() ? nullptr : m_source.Direct(); // a broken one may lie behind itself
     return OwnRepresentation(behind ? behind->Representation() : PureNumber);
 }
 
 std::string IntegerNode::Unit() {
     const auto own = Child("Unit");
-    return own.empty() && m_source.Direct() ? m_source.Direct()->Unit() : std::string(own);
+    Node* const behind = Broken() ? nullptr : m_source.Direct();
+    return own.empty() && behind ? behind->Unit() : std::string(own);
 }
 
 std::int64_t IntegerNode::ComputeMin() {

@@ -14,6 +14,7 @@
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace Norvane::GenApi {
@@ -93,6 +94,13 @@ public:
     /// What is wrong with a broken node.
     std::string FaultOf(const Node& node) const;
 
+    /// What one write has reached of numbers with copies, and how deep it is in copies of copies.
+    struct CopiesWritten {
+        std::unordered_set<const void*> reached;
+        std::uint32_t depth = 0;
+    };
+    CopiesWritten& Copying() { return m_copying; }
+
     void BytesWritten(PortNode& port, std::int64_t address, std::int64_t length, const RegisterTarget* by,
                       std::vector<Node*>& changed);
 
@@ -142,6 +150,7 @@ private:
         std::int64_t elapsed;
     };
     std::vector<Polled> m_polled;
+    CopiesWritten m_copying;
 };
 
 /// One operation on a map, from the first access to the callbacks that it causes.

@@ -18,6 +18,26 @@ T Number(Loader& loader, Node& owner, pugi::xml_node element) {
     }
 }
 
+/// While it lives, one number and its copies are written. The outermost one begins anew.
+class CopyRound {
+public:
+    explicit CopyRound(NodeMap& map) : m_copying(map.Copying()) { ++m_copying.depth; }
+    ~CopyRound() {
+        if (--m_copying.depth == 0) {
+            m_copying.reached.clear();
+        }
+    }
+    CopyRound(const CopyRound&) = delete;
+    CopyRound& operator=(const CopyRound&) = delete;
+
+    /// Whether `source` is reached for the first time.
+    bool Reaches(const void* source) const { return m_copying.reached.insert(source).second; }
+    std::uint32_t Depth() const { return m_copying.depth; }
+
+private:
+    NodeMap::CopiesWritten& m_copying;
+};
+
 } // namespace
 
 template <class T>
@@ -162,30 +182,43 @@ T NumberSource<T>::Read(bool fresh) {
 
 template <class T>
 bool NumberSource<T>::Write(T value) {
-    bool keptHere = false;
-    if (m_value) {
-        WriteNumber<T>(*m_value, value);
-    } else if (Index()) {
-        Entry& entry = *Chosen(false);
-        if (entry.node) {
-            WriteNumber<T>(*entry.node, value);
-        } else {
-            entry.constant = value;
-            keptHere = true;
-        }
-    } else {
-        m_constant = value;
-        keptHere = true;
+    if (!m_more || m_more->copies.begin() == m_more->copies.end()) {
+        return WriteBehind(value);
     }
-    if (!m_more) {
-        return keptHere;
+    Node& first = **m_more->copies.begin();
+    const CopyRound round(first.Map());
+    if (!round.Reaches(this)) {
+        return false; // copies may list one another
     }
+    if (round.Depth() > Graph::kLongestChain) {
+        first.Fail(Error::GenApiLogical, "it stands at the end of too many copies of copies");
+    }
+    const bool keptHere = WriteBehind(value);
     for (Node* copy : m_more->copies) {
         if (IsWritable(copy->Access())) {
             WriteNumber<T>(*copy, value);
         }
     }
     return keptHere;
+}
+
+template <class T>
+bool NumberSource<T>::WriteBehind(T value) {
+    if (m_value) {
+        WriteNumber<T>(*m_value, value);
+        return false;
+    }
+    if (Index()) {
+        Entry& entry = *Chosen(false);
+        if (entry.node) {
+            WriteNumber<T>(*entry.node, value);
+            return false;
+        }
+        entry.constant = value;
+        return true;
+    }
+    m_constant = value;
+    return true;
 }
 
 template class NumberSource<std::int64_t>;

@@ -20,8 +20,8 @@ public:
     EAccessMode Presence();
     bool Locked();
     T Read(bool fresh);
-    /// Writes to where Read reads from. @return whether the number is kept here, so that the owner itself
-    /// changed.
+    /// Writes to where Read reads from, and to the copies, each once. @return whether the number is kept
+    /// here, so that the owner itself changed.
     bool Write(T value);
     /// The node behind the value now; null for a constant. @throws Exception when the index cannot be read or
     /// has neither entry nor default.
@@ -50,6 +50,7 @@ private:
     Node* Index() const { return m_more ? m_more->index : nullptr; }
     Entry* Find(std::int64_t index);
     Entry* Chosen(bool fresh);
+    bool WriteBehind(T value);
 
     T m_constant{};
     Node* m_value = nullptr;

@@ -1,27 +1,8 @@
 #include "genapi/SwissKnifeNode.h"
 
 #include "genapi/Loader.h"
-#include "norvane/Exception.h"
 
 namespace Norvane::GenApi {
-
-namespace {
-
-/// A formula does not know its node; an error must name it.
-template <class Evaluate>
-auto Named(const Node& node, Evaluate&& evaluate) {
-    try {
-        return evaluate();
-    } catch (const Exception& error) {
-        if (error.GetError() != Error::GenApiLogical ||
-            std::string_view(error.what()).find(": ") != std::string::npos) {
-            throw;
-        }
-        node.Fail(Error::GenApiLogical, error.what());
-    }
-}
-
-} // namespace
 
 bool IntSwissKnifeNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
     return tag == Tag::Formula || m_binding.LoadElement(*this, tag, element, loader) ||

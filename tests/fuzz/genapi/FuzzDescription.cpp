@@ -1,4 +1,4 @@
-// Any bytes as a camera description: every node is read, written and read again.
+// Any bytes as a camera description: every node is asked for all it can tell, written and read again.
 #include "norvane/Log.h"
 #include "norvane/genapi/GenApi.h"
 #include "norvane/genapi/NodeMapFactory.h"
@@ -45,8 +45,14 @@ private:
 void Use(INode* node) {
     Try([&] { node->GetAccessMode(); });
     Try([&] { node->GetDescription(); });
-    node_vector children;
-    Try([&] { node->GetChildren(children); });
+    Try([&] { node->GetPollingTime(); });
+    Try([&] { node->GetCachingMode(); });
+    Try([&] { node->GetAlias(); });
+    node_vector found;
+    for (const ELinkType type : {ctParentNodes, ctReadingChildren, ctWritingChildren, ctInvalidatingChildren,
+                                 ctDependingNodes, ctTerminalNodes}) {
+        Try([&] { node->GetChildren(found, type); });
+    }
     if (const CValuePtr value = node) {
         Try([&] { value->ToString(true); });
         Try([&] { value->FromString("1"); });
@@ -54,11 +60,28 @@ void Use(INode* node) {
     if (const CIntegerPtr integer = node) {
         Try([&] { integer->GetMin(); });
         Try([&] { integer->GetMax(); });
+        Try([&] { integer->GetInc(); });
+        Try([&] { integer->GetUnit(); });
+        Try([&] { integer->GetRepresentation(); });
+        Try([&] { integer->GetListOfValidValues(); });
         Try([&] { integer->SetValue(integer->GetMax(), false); });
     }
     if (const CFloatPtr number = node) {
         Try([&] { number->GetInc(); });
+        Try([&] { number->GetMax(); });
+        Try([&] { number->GetUnit(); });
+        Try([&] { number->GetRepresentation(); });
+        Try([&] { number->GetDisplayPrecision(); });
+        Try([&] { number->GetListOfValidValues(); });
         Try([&] { number->SetValue(number->GetMin(), false); });
+    }
+    if (const CEnumerationPtr enumeration = node) {
+        Try([&] { enumeration->GetEntries(found); });
+        Try([&] { enumeration->GetCurrentEntry(); });
+    }
+    if (const CCommandPtr command = node) {
+        Try([&] { command->Execute(); });
+        Try([&] { command->IsDone(); });
     }
     if (const CRegisterPtr reg = node) {
         Try([&] { reg->GetAddress(); });

@@ -115,6 +115,8 @@ TEST(BadInput, CyclesAreNamed) {
         "<Integer Name=\"Self\"><pIsLocked>SelfLock</pIsLocked><Value>0</Value></Integer>");
     for (const char* name : {"A", "B", "C", "X", "Y"}) {
         EXPECT_EQ(t.Access(name), NA) << name;
+        EXPECT_EQ(t.Int(name)->GetRepresentation(), PureNumber) << "told without the node's value";
+        EXPECT_EQ(t.Int(name)->GetUnit(), "");
     }
     EXPECT_EQ(log.Count({"A", "B", "C", "depend on one another"}), 1) << log.All();
     EXPECT_EQ(log.Count({"X", "Y", "depend on one another"}), 1);
@@ -123,6 +125,24 @@ TEST(BadInput, CyclesAreNamed) {
     EXPECT_EQ(t.Int("Width")->GetMax(), 60);
     t.Int("Self")->SetValue(1);
     EXPECT_EQ(t.Access("Self"), RO);
+}
+
+TEST(BadInput, CopiesMayListOneAnother) {
+    std::string doubling = "<Integer Name=\"D60\"><Value>0</Value></Integer>";
+    for (int i = 0; i < 60; ++i) {
+        const std::string copy = "<pValueCopy>D" + std::to_string(i + 1) + "</pValueCopy>";
+        doubling +=
+            "<Integer Name=\"D" + std::to_string(i) + "\"><Value>0</Value>" + copy + copy + "</Integer>";
+    }
+    TestMap t("<Integer Name=\"A\"><Value>0</Value><pValueCopy>B</pValueCopy></Integer>"
+              "<Integer Name=\"B\"><Value>0</Value><pValueCopy>A</pValueCopy></Integer>" +
+              doubling);
+    for (const int value : {7, 8}) {
+        t.Int("A")->SetValue(value);
+        EXPECT_EQ(t.Int("B")->GetValue(), value);
+        t.Int("D0")->SetValue(value);
+        EXPECT_EQ(t.Int("D60")->GetValue(), value);
+    }
 }
 
 TEST(BadInput, DepthIsNoDanger) {
