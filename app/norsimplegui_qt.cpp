@@ -200,7 +200,7 @@ void NorSimpleGUI_QT::UpdateInterfaceList() {
     guarded("listing the interfaces", [&] { m_interfaceList = m_system->GetInterfaces(true); });
 }
 
-void NorSimpleGUI_QT::OnInterfaceArrivalRemoval(QString) {
+void NorSimpleGUI_QT::OnInterfaceArrivalRemoval(const QString&) {
     UpdateInterfaceList();
 }
 
@@ -411,7 +411,7 @@ void NorSimpleGUI_QT::OnDoubleClickStream(int serial) {
     }
 }
 
-void NorSimpleGUI_QT::OnAcquisitionModeUpdated(Norvane::CameraPtr camera) {
+void NorSimpleGUI_QT::OnAcquisitionModeUpdated(const Norvane::CameraPtr& camera) {
     if (!camera.IsValid()) {
         return;
     }

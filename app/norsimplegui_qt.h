@@ -45,7 +45,7 @@ public:
     void ResetApplicationSettings() const;
 
 public slots:
-    void OnInterfaceArrivalRemoval(QString interfaceId);
+    void OnInterfaceArrivalRemoval(const QString& interfaceId);
     void OnDeviceArrival(int serial);
     /// Locks the whole window while a file is transferred.
     void OnFileOperationStatusChanged(bool busy);
@@ -55,7 +55,7 @@ public slots:
     /// Takes a camera's display out of use; it is deleted with the next removal of a device.
     void OnRemoveImageDisplay(int serial);
     void OnDoubleClickStream(int serial);
-    void OnAcquisitionModeUpdated(Norvane::CameraPtr camera);
+    void OnAcquisitionModeUpdated(const Norvane::CameraPtr& camera);
 
     void Survey() const;
     void Support() const;

@@ -58,7 +58,7 @@ QString text(const char* source) {
 /// The first of the nodes that has a text.
 QString firstText(INodeMap& map, std::initializer_list<const char*> names) {
     for (const char* name : names) {
-        if (const QString value = NodeReading::Text(map, name); !value.isEmpty()) {
+        if (QString value = NodeReading::Text(map, name); !value.isEmpty()) {
             return value;
         }
     }

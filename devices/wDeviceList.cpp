@@ -258,14 +258,14 @@ bool wDeviceList::eventFilter(QObject* watched, QEvent* event) {
     return QDockWidget::eventFilter(watched, event);
 }
 
-void wDeviceList::SelectInterface(Norvane::InterfacePtr interface) {
+void wDeviceList::SelectInterface(const Norvane::InterfacePtr& interface) {
     if (QTreeWidgetItem* row = findRow(interface)) {
         m_tree->setCurrentItem(row);
         OnItemClicked(row, DeviceRow::NameColumn);
     }
 }
 
-void wDeviceList::SelectDevice(Norvane::CameraPtr camera) {
+void wDeviceList::SelectDevice(const Norvane::CameraPtr& camera) {
     if (QTreeWidgetItem* row = findRow(camera)) {
         m_tree->setCurrentItem(row);
         OnItemClicked(row, DeviceRow::NameColumn);
@@ -293,7 +293,7 @@ void wDeviceList::OnDeviceRemoval(int) {
     }
 }
 
-void wDeviceList::OnInterfaceRemoval(QString interfaceId) {
+void wDeviceList::OnInterfaceRemoval(const QString& interfaceId) {
     QString selectedId;
     if (m_selectedInterface.IsValid()) {
         guarded("reading the selected interface's ID",
@@ -309,7 +309,7 @@ void wDeviceList::OnInterfaceRemoval(QString interfaceId) {
 // New devices and interfaces appear with the next refresh, so that the rows under the pointer do not move by
 // themselves.
 void wDeviceList::OnDeviceArrival(int) {}
-void wDeviceList::OnInterfaceArrival(QString) {}
+void wDeviceList::OnInterfaceArrival(const QString&) {}
 
 void wDeviceList::OnStartStream() {}
 void wDeviceList::OnStopStream() {}
@@ -408,12 +408,12 @@ void wDeviceList::LoadFromPersistentSettings() {
     }
 }
 
-void wDeviceList::OnUpdateDoNotShow(QString key, bool doNotShow) {
+void wDeviceList::OnUpdateDoNotShow(const QString& key, bool doNotShow) {
     m_doNotShow[key] = doNotShow;
     m_settings.setValue(ModelNoticeSettingsKey(key), doNotShow);
 }
 
-void wDeviceList::checkForCameraInfoDialog(Norvane::CameraPtr camera) {
+void wDeviceList::checkForCameraInfoDialog(const Norvane::CameraPtr& camera) {
     const ModelNotice* notice =
         FindModelNotice(NodeReading::Text(camera->GetTLDeviceNodeMap(), "DeviceModelName"));
     if (!notice || m_doNotShow.value(notice->key)) {

@@ -40,8 +40,8 @@ public:
     void setSystemPtr(Norvane::SystemPtr system);
     /// Makes the row of this interface or camera current and treats it as clicked; nothing when it has no
     /// row.
-    void SelectInterface(Norvane::InterfacePtr interface);
-    void SelectDevice(Norvane::CameraPtr camera);
+    void SelectInterface(const Norvane::InterfacePtr& interface);
+    void SelectDevice(const Norvane::CameraPtr& camera);
     void enableToolbarButtons();
     void disableDeviceButtons(bool disable);
 
@@ -54,7 +54,7 @@ public slots:
     void OnCustomContextMenu(const QPoint& position);
     void OnItemDoubleClicked(QTreeWidgetItem* item, int column);
     void OnItemClicked(QTreeWidgetItem* item, int column);
-    void OnUpdateDoNotShow(QString key, bool doNotShow);
+    void OnUpdateDoNotShow(const QString& key, bool doNotShow);
     void OnAutoForceIP();
     void OnUpdateDeviceFW();
     void OnCopyToClipboard();
@@ -64,8 +64,8 @@ public slots:
     void OnRefreshDeviceList();
     void OnDeviceRemoval(int serial);
     void OnDeviceArrival(int serial);
-    void OnInterfaceRemoval(QString interfaceId);
-    void OnInterfaceArrival(QString interfaceId);
+    void OnInterfaceRemoval(const QString& interfaceId);
+    void OnInterfaceArrival(const QString& interfaceId);
     /// Swaps the list for the page with the progress indicator, or back.
     void ToggleProgressBarView(bool show);
 
@@ -97,7 +97,7 @@ private:
     QTreeWidgetItem* findRow(const Norvane::CameraPtr& camera) const;
     void clearSelectedCamera();
     void clearSelection();
-    void checkForCameraInfoDialog(Norvane::CameraPtr camera);
+    void checkForCameraInfoDialog(const Norvane::CameraPtr& camera);
     void showNotice(wCameraInfoDialog& notice);
     void createPropertyDialog();
     void setPropertyDialog();

@@ -46,7 +46,7 @@ bool ElidingStatusBar::fits(const QString& message, const Setting& setting, int 
 }
 
 ElidingStatusBar::Setting ElidingStatusBar::settingFor(const QString& message) const {
-    const Setting plain{font(), m_lines};
+    Setting plain{font(), m_lines};
     if (m_lines == 1 || fits(message, plain, textRect().width())) {
         return plain;
     }

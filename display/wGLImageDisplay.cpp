@@ -73,7 +73,7 @@ void wGLImageDisplay::setImageCaptureThread(ImageCapture* imageCapture) {
     m_imageCapture = imageCapture;
 }
 
-void wGLImageDisplay::connectToCamera(Norvane::CameraPtr camera) {
+void wGLImageDisplay::connectToCamera(const Norvane::CameraPtr& camera) {
     if (!camera.IsValid()) {
         return;
     }
@@ -361,7 +361,8 @@ void wGLImageDisplay::zoomScroll(QScrollArea* area, int delta, int x, int y) {
         return;
     }
     const auto follow = [this](QScrollBar* bar, int position) {
-        const auto offset = static_cast<float>(position - bar->pageStep() / 2);
+        const int halfPage = bar->pageStep() / 2;
+        const auto offset = static_cast<float>(position - halfPage);
         bar->setValue(
             static_cast<int>(static_cast<float>(bar->value()) * m_zoomFactor + offset * m_zoomFactor));
     };
@@ -391,18 +392,19 @@ void wGLImageDisplay::OnInferenceClassificationConfidenceThresholdChanged(double
     update();
 }
 
-void wGLImageDisplay::OnInferenceLabelDisplaySettingChanged(bool useFixedFontSize, QFont font, QColor color) {
+void wGLImageDisplay::OnInferenceLabelDisplaySettingChanged(bool useFixedFontSize, const QFont& font,
+                                                            const QColor& color) {
     m_overlay.SetLabelDisplay(useFixedFontSize, font, color);
     update();
     updateCornerLabel(m_cornerLabelText);
 }
 
-void wGLImageDisplay::OnInferenceClassLabelLocationChanged(QString path) {
+void wGLImageDisplay::OnInferenceClassLabelLocationChanged(const QString& path) {
     m_overlay.SetClassLabelLocation(path);
     update();
 }
 
-void wGLImageDisplay::OnInferenceCornerLabelUpdated(QFont, QColor, QString text) {
+void wGLImageDisplay::OnInferenceCornerLabelUpdated(const QFont&, const QColor&, const QString& text) {
     m_cornerLabelText = text;
 }
 

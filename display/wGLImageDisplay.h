@@ -38,7 +38,7 @@ public:
 
     void setImageCaptureThread(ImageCapture* imageCapture);
     /// An invalid handle is ignored.
-    void connectToCamera(Norvane::CameraPtr camera);
+    void connectToCamera(const Norvane::CameraPtr& camera);
     void setInferenceDialog(wInferenceDialog* dialog);
 
     /// A Norvane::ColorProcessingAlgorithm. A stopped display shows its image anew.
@@ -73,9 +73,9 @@ public slots:
     void stopProcessAndDisplay();
     void changeInferenceEnabledStatus(bool on);
     void OnInferenceClassificationConfidenceThresholdChanged(double fraction);
-    void OnInferenceLabelDisplaySettingChanged(bool useFixedFontSize, QFont font, QColor color);
-    void OnInferenceCornerLabelUpdated(QFont font, QColor color, QString text);
-    void OnInferenceClassLabelLocationChanged(QString path);
+    void OnInferenceLabelDisplaySettingChanged(bool useFixedFontSize, const QFont& font, const QColor& color);
+    void OnInferenceCornerLabelUpdated(const QFont& font, const QColor& color, const QString& text);
+    void OnInferenceClassLabelLocationChanged(const QString& path);
 
 signals:
     void InferenceCornerLabelUpdate(QFont font, QColor color, QString text);

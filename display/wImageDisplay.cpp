@@ -464,9 +464,10 @@ bool wImageDisplay::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void wImageDisplay::updateImageInfoGEV(int width, int height, int pixelFormat, int bitsPerPixel,
-                                       QString frameId, QString timeStamp, QString totalPackets,
-                                       QString missedPackets, QString resendRequests, QString resendPackets,
-                                       QString corruptImages, QString bufferUnderrun) {
+                                       const QString& frameId, const QString& timeStamp,
+                                       const QString& totalPackets, const QString& missedPackets,
+                                       const QString& resendRequests, const QString& resendPackets,
+                                       const QString& corruptImages, const QString& bufferUnderrun) {
     const ImageInfoLine::Packets packets{totalPackets, missedPackets, resendRequests, resendPackets};
     updateImageInfo(
         {width, height, pixelFormat, bitsPerPixel, frameId, timeStamp, corruptImages, bufferUnderrun},
@@ -474,8 +475,8 @@ void wImageDisplay::updateImageInfoGEV(int width, int height, int pixelFormat, i
 }
 
 void wImageDisplay::updateImageInfoUSB(int width, int height, int pixelFormat, int bitsPerPixel,
-                                       QString frameId, QString timeStamp, QString corruptImages,
-                                       QString bufferUnderrun) {
+                                       const QString& frameId, const QString& timeStamp,
+                                       const QString& corruptImages, const QString& bufferUnderrun) {
     updateImageInfo(
         {width, height, pixelFormat, bitsPerPixel, frameId, timeStamp, corruptImages, bufferUnderrun},
         nullptr);
@@ -576,7 +577,8 @@ void wImageDisplay::OnInferenceDialogHidden() {
     m_inferenceDialog->hide();
 }
 
-void wImageDisplay::OnInferenceCornerLabelUpdated(QFont font, QColor color, QString text) {
+void wImageDisplay::OnInferenceCornerLabelUpdated(const QFont& font, const QColor& color,
+                                                  const QString& text) {
     // Comes with every image painted, while it rarely changes.
     const QString html = QStringLiteral("<font color= %1>%2</font>").arg(color.name(), text);
     if (m_inferenceLabel->font() != font) {

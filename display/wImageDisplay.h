@@ -63,12 +63,14 @@ public slots:
     void OnRecord();
     void OnAcquisitionModeUpdated(int index);
     void OnAcquisitionModeUpdated();
-    void updateImageInfoGEV(int width, int height, int pixelFormat, int bitsPerPixel, QString frameId,
-                            QString timeStamp, QString totalPackets, QString missedPackets,
-                            QString resendRequests, QString resendPackets, QString corruptImages,
-                            QString bufferUnderrun);
-    void updateImageInfoUSB(int width, int height, int pixelFormat, int bitsPerPixel, QString frameId,
-                            QString timeStamp, QString corruptImages, QString bufferUnderrun);
+    void updateImageInfoGEV(int width, int height, int pixelFormat, int bitsPerPixel, const QString& frameId,
+                            const QString& timeStamp, const QString& totalPackets,
+                            const QString& missedPackets, const QString& resendRequests,
+                            const QString& resendPackets, const QString& corruptImages,
+                            const QString& bufferUnderrun);
+    void updateImageInfoUSB(int width, int height, int pixelFormat, int bitsPerPixel, const QString& frameId,
+                            const QString& timeStamp, const QString& corruptImages,
+                            const QString& bufferUnderrun);
     void toggleImageStatusBar(bool on);
     void toggleCameraLeaderFPSStatusBar(bool on);
     void toggleReceivedFPSStatusBar(bool on);
@@ -77,7 +79,7 @@ public slots:
     void toggleBoundingBox(bool on);
     void toggleInferenceDialog(bool on);
     void OnInferenceDialogHidden();
-    void OnInferenceCornerLabelUpdated(QFont font, QColor color, QString text);
+    void OnInferenceCornerLabelUpdated(const QFont& font, const QColor& color, const QString& text);
     void OnEnableZoomButtons();
     void OnDisableZoomButtons();
     void OnEnableSave();

@@ -262,7 +262,7 @@ bool CustomDelegate::eventFilter(QObject* editor, QEvent* event) {
     return QStyledItemDelegate::eventFilter(editor, event);
 }
 
-void CustomDelegate::commitLineEdit(CNodePtr node, QString value, QStandardItemModel* model,
+void CustomDelegate::commitLineEdit(CNodePtr node, const QString& value, QStandardItemModel* model,
                                     QModelIndex index) const {
     commitData(node, QVariant(value), model, index);
 }
@@ -272,7 +272,7 @@ void CustomDelegate::commitCheckBox(CNodePtr node, bool checked, QStandardItemMo
     commitData(node, QVariant(checked), model, index);
 }
 
-void CustomDelegate::commitComboBox(CNodePtr node, QString value, QStandardItemModel* model,
+void CustomDelegate::commitComboBox(CNodePtr node, const QString& value, QStandardItemModel* model,
                                     QModelIndex index) const {
     commitLineEdit(node, value, model, index);
 }

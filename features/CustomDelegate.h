@@ -32,11 +32,11 @@ public:
     int rowHeight() const { return m_painter.rowHeight(); }
 
 public slots:
-    void commitLineEdit(Norvane::GenApi::CNodePtr node, QString value, QStandardItemModel* model,
+    void commitLineEdit(Norvane::GenApi::CNodePtr node, const QString& value, QStandardItemModel* model,
                         QModelIndex index) const;
     void commitCheckBox(Norvane::GenApi::CNodePtr node, bool checked, QStandardItemModel* model,
                         QModelIndex index) const;
-    void commitComboBox(Norvane::GenApi::CNodePtr node, QString value, QStandardItemModel* model,
+    void commitComboBox(Norvane::GenApi::CNodePtr node, const QString& value, QStandardItemModel* model,
                         QModelIndex index) const;
     void commitSpinBox(Norvane::GenApi::CNodePtr node, int value, QStandardItemModel* model,
                        QModelIndex index) const;

@@ -13,5 +13,5 @@ public:
 
 public slots:
     /// The camera whose features the tab is to show; an empty handle for none.
-    virtual void OnCameraUpdated(Norvane::CameraPtr camPtr) = 0;
+    virtual void OnCameraUpdated(const Norvane::CameraPtr& camPtr) = 0;
 };

@@ -211,7 +211,7 @@ void Mapper::SetModelData(CNodePtr node, ControlType, QStandardItemModel* model,
     }
 }
 
-void Mapper::SetNodeValue(CNodePtr node, QVariant value) const {
+void Mapper::SetNodeValue(CNodePtr node, const QVariant& value) const {
     if (!IsWritable(node->GetAccessMode())) {
         return;
     }
@@ -248,7 +248,7 @@ void Mapper::SetNodeValue(CNodePtr node, QVariant value) const {
     }
 }
 
-int Mapper::GetDeviceSerialNumber(Norvane::CameraPtr camera) const {
+int Mapper::GetDeviceSerialNumber(const Norvane::CameraPtr& camera) const {
     try {
         CStringPtr serial(camera->GetTLDeviceNodeMap().GetNode("DeviceSerialNumber"));
         return text(serial->GetValue()).toInt(nullptr, 10);

@@ -56,11 +56,11 @@ public:
     /// Writes to the node, snapped down onto the grid of its increment; does nothing unless it is writable,
     /// nor for text that is no number where a number belongs. Addresses may be given as the cells show them.
     /// @throws Norvane::Exception when the node rejects the value.
-    void SetNodeValue(Norvane::GenApi::CNodePtr node, QVariant value) const;
+    void SetNodeValue(Norvane::GenApi::CNodePtr node, const QVariant& value) const;
 
     /// The number that stands for the camera everywhere in the system; 0 when its text is no number, -1 when
     /// it cannot be read.
-    int GetDeviceSerialNumber(Norvane::CameraPtr camera) const;
+    int GetDeviceSerialNumber(const Norvane::CameraPtr& camera) const;
 
     void RegisterNode(Norvane::GenApi::CNodePtr node) const;
     /// Not for real deregistration: it knows no handles.

@@ -417,7 +417,7 @@ void wFeatureTree::UpdateTreeViewInterface(Norvane::InterfacePtr iface) {
     finishView();
 }
 
-void wFeatureTree::OnCameraUpdated(Norvane::CameraPtr) {}
+void wFeatureTree::OnCameraUpdated(const Norvane::CameraPtr&) {}
 
 void wFeatureTree::OnButtonGroupClicked(int id) {
     switch (id) {

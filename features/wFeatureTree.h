@@ -52,7 +52,7 @@ public:
 
 public slots:
     /// Nothing: the controller gives the tree its devices.
-    void OnCameraUpdated(Norvane::CameraPtr camPtr) override;
+    void OnCameraUpdated(const Norvane::CameraPtr& camPtr) override;
     void UpdateTreeViewCamera(Norvane::CameraPtr camera);
     void UpdateTreeViewInterface(Norvane::InterfacePtr iface);
     void OnSortTreeByXML();

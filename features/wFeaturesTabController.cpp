@@ -31,7 +31,7 @@ bool isMarked(INodeMap& map, const char* name) {
 
 } // namespace
 
-wFeaturesTabController::wFeaturesTabController(QWidget* parent, FileAccessFactory makeFileAccess)
+wFeaturesTabController::wFeaturesTabController(QWidget* parent, const FileAccessFactory& makeFileAccess)
     : QDockWidget(parent) {
     setWindowTitle(translated("Features"));
     m_featureTree = new wFeatureTree(this);
@@ -148,7 +148,7 @@ void wFeaturesTabController::showNameOf(const Norvane::CameraPtr& camera) {
                                                      : translated((model + " - " + serial).toUtf8()));
 }
 
-void wFeaturesTabController::OnCameraUpdated(Norvane::CameraPtr camPtr) {
+void wFeaturesTabController::OnCameraUpdated(const Norvane::CameraPtr& camPtr) {
     if (!camPtr.IsValid()) {
         ClearFeaturesView();
         return;

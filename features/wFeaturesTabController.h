@@ -29,7 +29,7 @@ class wFeaturesTabController : public QDockWidget {
 public:
     enum TabIndex { FeatureTreeTab = 0, FileAccessTabIndex = 1 };
 
-    wFeaturesTabController(QWidget* parent, FileAccessFactory makeFileAccess);
+    wFeaturesTabController(QWidget* parent, const FileAccessFactory& makeFileAccess);
     ~wFeaturesTabController() override;
 
     /// Joins the tabs to notifyCameraPtrUpdate; called once after construction.
@@ -49,7 +49,7 @@ public:
 
 public slots:
     void OnInterfaceUpdated(Norvane::InterfacePtr ifacePtr);
-    void OnCameraUpdated(Norvane::CameraPtr camPtr);
+    void OnCameraUpdated(const Norvane::CameraPtr& camPtr);
     void ClearFeaturesView();
 
 signals:

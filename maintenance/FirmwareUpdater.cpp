@@ -22,7 +22,7 @@ LastAction& lastAction() {
 
 FirmwareUpdater::FirmwareUpdater(QWidget* owner) : m_owner(owner) {}
 
-void FirmwareUpdater::startFirmwareUpdate(QString, QString) {
+void FirmwareUpdater::startFirmwareUpdate(const QString&, const QString&) {
     emit toggleProgressView(true);
     const QMutexLocker lock(&m_mutex);
 }

@@ -20,7 +20,7 @@ public slots:
     ///
     /// @param filePath  the firmware file.
     /// @param serial  the camera's number, decimal.
-    void startFirmwareUpdate(QString filePath, QString serial);
+    void startFirmwareUpdate(const QString& filePath, const QString& serial);
 
 signals:
     /// Asks the device list to show (true) or hide its progress page.

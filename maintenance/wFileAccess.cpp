@@ -169,7 +169,7 @@ void wFileAccess::Callback(INode* node) {
     }
 }
 
-void wFileAccess::OnCameraUpdated(Norvane::CameraPtr camPtr) {
+void wFileAccess::OnCameraUpdated(const Norvane::CameraPtr& camPtr) {
     deinitializeValues();
     m_camera = camPtr;
     if (m_camera.IsValid()) {

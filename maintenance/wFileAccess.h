@@ -35,7 +35,7 @@ public:
     static void Callback(Norvane::GenApi::INode* node);
 
 public slots:
-    void OnCameraUpdated(Norvane::CameraPtr camPtr) override;
+    void OnCameraUpdated(const Norvane::CameraPtr& camPtr) override;
     void OnNodeChanged(Norvane::GenApi::INode* node);
     void OnFileOperationStatusChanged(bool busy);
     void OnFileSelectorCurrentIndexChanged(int index);

@@ -62,11 +62,11 @@ CameraSummary summarize(Norvane::ICameraBase& camera) {
 }
 
 Norvane::CameraPtr findCamera(Norvane::ISystem& system, const std::string& serial) {
-    const Norvane::CameraPtr found = waitFor<Norvane::CameraPtr>([&]() -> Norvane::CameraPtr {
+    Norvane::CameraPtr found = waitFor<Norvane::CameraPtr>([&]() -> Norvane::CameraPtr {
         const Norvane::CameraList cameras = system.GetCameras();
         Norvane::CameraPtr byNumber;
         for (unsigned int i = 0; i < cameras.GetSize(); ++i) {
-            const Norvane::CameraPtr camera = cameras.GetByIndex(i);
+            Norvane::CameraPtr camera = cameras.GetByIndex(i);
             if (textOf(camera->GetTLDeviceNodeMap(), "DeviceID") == serial) {
                 return camera;
             }
@@ -88,7 +88,7 @@ Norvane::InterfacePtr findInterface(Norvane::ISystem& system, const std::string&
     Norvane::InterfacePtr byName;
     unsigned int named = 0;
     for (unsigned int i = 0; i < interfaces.GetSize(); ++i) {
-        const Norvane::InterfacePtr interface = interfaces.GetByIndex(i);
+        Norvane::InterfacePtr interface = interfaces.GetByIndex(i);
         if (interface->GetInterfaceID() == id) {
             return interface;
         }

@@ -134,6 +134,7 @@ public:
         if (depth > kDeepestCategory || !m_seen.insert(&node).second) {
             return;
         }
+        const std::string prefix = path.empty() ? path : path + "/";
         value_vector features;
         CCategoryPtr(&node)->GetFeatures(features);
         for (IValue* feature : features) {
@@ -142,8 +143,7 @@ public:
                 continue;
             }
             if (CCategoryPtr(feature).IsValid()) {
-                const std::string name = child->GetName().str();
-                category(*child, path.empty() ? name : path + "/" + name, depth + 1);
+                category(*child, prefix + child->GetName().str(), depth + 1);
             } else {
                 this->feature(*child, path);
             }

@@ -75,8 +75,8 @@ SnapResult snap(Norvane::ICameraBase& camera, const std::string& fileName, std::
         image = Norvane::Image::Create();
         image->DeepCopy(fromStream);
     }
-    const SnapResult result{image->GetWidth(), image->GetHeight(), image->GetPixelFormatName(),
-                            image->GetFrameID()};
+    SnapResult result{image->GetWidth(), image->GetHeight(), image->GetPixelFormatName(),
+                      image->GetFrameID()};
     const std::string extension = extensionOf(fileName);
     const Norvane::PixelFormatInfo* info = Norvane::FindPixelFormat(image->GetPixelFormat());
     const bool mosaic = info && info->bayer != Norvane::BayerPhase::None;

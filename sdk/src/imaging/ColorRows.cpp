@@ -163,15 +163,16 @@ void DropAlpha(const T* in, std::size_t pixels, T* out) {
     }
 }
 
-#define NORVANE_INSTANCES(T)                                                                                 \
-    template void SwapRedBlue(const T*, std::size_t, T*);                                                    \
-    template void GreyToBgr(const T*, std::size_t, T*);                                                      \
-    template void BgrToGrey(const T*, std::size_t, T*);                                                      \
-    template void AppendAlpha(const T*, std::size_t, T*);                                                    \
-    template void DropAlpha(const T*, std::size_t, T*);
-NORVANE_INSTANCES(std::uint8_t)
-NORVANE_INSTANCES(std::uint16_t)
-#undef NORVANE_INSTANCES
+template void SwapRedBlue(const std::uint8_t*, std::size_t, std::uint8_t*);
+template void SwapRedBlue(const std::uint16_t*, std::size_t, std::uint16_t*);
+template void GreyToBgr(const std::uint8_t*, std::size_t, std::uint8_t*);
+template void GreyToBgr(const std::uint16_t*, std::size_t, std::uint16_t*);
+template void BgrToGrey(const std::uint8_t*, std::size_t, std::uint8_t*);
+template void BgrToGrey(const std::uint16_t*, std::size_t, std::uint16_t*);
+template void AppendAlpha(const std::uint8_t*, std::size_t, std::uint8_t*);
+template void AppendAlpha(const std::uint16_t*, std::size_t, std::uint16_t*);
+template void DropAlpha(const std::uint8_t*, std::size_t, std::uint8_t*);
+template void DropAlpha(const std::uint16_t*, std::size_t, std::uint16_t*);
 
 } // namespace Norvane::Imaging
 #endif

@@ -100,13 +100,12 @@ HWY_INLINE void StoreBlocks(D d, V first, V second, V third, T* out) {
 template <class D, class V, class T>
 HWY_INLINE void StoreThree(D d, V first, V second, V third, T* out) {
 #if HWY_ARCH_X86
-    constexpr const auto& tables = kInterleave<T>;
-    const V a = Permute(d, first, tables.spread[0]);
-    const V b = Permute(d, second, tables.spread[1]);
-    const V c = Permute(d, third, tables.spread[2]);
+    const V a = Permute(d, first, kInterleave<T>.spread[0]);
+    const V b = Permute(d, second, kInterleave<T>.spread[1]);
+    const V c = Permute(d, third, kInterleave<T>.spread[2]);
     const auto pick = [&](std::size_t block) HWY_ATTR {
         const auto at = [&](std::size_t color) HWY_ATTR {
-            return hn::MaskFromVec(LoadTable(d, tables.third[tables.Third(block, color)]));
+            return hn::MaskFromVec(LoadTable(d, kInterleave<T>.third[kInterleave<T>.Third(block, color)]));
         };
         return hn::IfThenElse(at(0), a, hn::IfThenElse(at(1), b, c));
     };

@@ -17,7 +17,7 @@ class FileTab : public FileAccessTab {
 public:
     using FileAccessTab::FileAccessTab;
     bool isFileAccessCapable() const override { return m_capable; }
-    void OnCameraUpdated(Norvane::CameraPtr camera) override {
+    void OnCameraUpdated(const Norvane::CameraPtr& camera) override {
         m_capable = camera.IsValid() && camera->GetNodeMap().GetNode("FileSelector");
         ++updates;
     }

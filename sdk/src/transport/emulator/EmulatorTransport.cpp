@@ -211,7 +211,7 @@ std::shared_ptr<EmulatedCamera> EmulatorTransport::Plug(const CameraSettings& ca
     if (!flash) {
         flash = std::make_shared<Flash>();
     }
-    const auto plugged = std::make_shared<EmulatedCamera>(
+    auto plugged = std::make_shared<EmulatedCamera>(
         camera, interface, std::move(description), flash,
         [door = m_door](std::function<void()> task) { door->Post(std::move(task)); });
     plugged->SetResetHandler(

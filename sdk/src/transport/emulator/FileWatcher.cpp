@@ -23,7 +23,7 @@ constexpr std::chrono::milliseconds kAfterDelete{300};
 
 } // namespace
 
-FileWatcher::FileWatcher(std::string path, std::function<void()> onChange)
+FileWatcher::FileWatcher(const std::string& path, std::function<void()> onChange)
     : m_folder(std::filesystem::path(path).parent_path()), m_name(std::filesystem::path(path).filename()),
       m_onChange(std::move(onChange)), m_inotify(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)),
       m_wake(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {

@@ -17,7 +17,7 @@ class FileWatcher {
 public:
     /// `onChange` runs on the thread after the file was written, moved, created or deleted, once things have
     /// been quiet for a moment.
-    FileWatcher(std::string path, std::function<void()> onChange);
+    FileWatcher(const std::string& path, std::function<void()> onChange);
     ~FileWatcher();
     FileWatcher(const FileWatcher&) = delete;
     FileWatcher& operator=(const FileWatcher&) = delete;

@@ -16,11 +16,11 @@ ToneCurves MakeToneCurves(const ToneSettings& settings) {
                 value = std::pow(value, settings.gamma);
             }
             if (!settings.lut.empty()) {
-                const auto index =
-                    static_cast<std::size_t>(value * static_cast<double>(settings.lut.size() - 1) + 0.5);
+                const auto index = static_cast<std::size_t>(
+                    std::lround(value * static_cast<double>(settings.lut.size() - 1)));
                 value = settings.lut[index] / 65535.0;
             }
-            curve[i] = static_cast<std::uint16_t>(value * 65535.0 + 0.5);
+            curve[i] = static_cast<std::uint16_t>(std::lround(value * 65535.0));
         }
     }
     return curves;
