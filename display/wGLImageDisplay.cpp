@@ -51,7 +51,8 @@ QSize scaled(const QSize& image, float factor) {
 wGLImageDisplay::wGLImageDisplay(QWidget* parent) : QOpenGLWidget(parent) {
     // Otherwise the whole surface is cleared before each frame, however little of it is visible.
     setUpdateBehavior(PartialUpdate);
-    // Otherwise the backgrounds of all that it lies on are painted first, whenever something else changed too.
+    // Otherwise the backgrounds of all that it lies on are painted first, whenever something else changed
+    // too.
     setAttribute(Qt::WA_OpaquePaintEvent);
     const QImage logo(QStringLiteral(":images/logo.png"));
     const QString fineLogo = QStringLiteral(":images/logo@2x.png");
