@@ -78,6 +78,9 @@ void FeatureTreeView::mousePressEvent(QMouseEvent* event) {
     m_actedOnPress = false;
     const QScopedValueRollback<bool> rollback(m_pressing, event->button() == Qt::LeftButton);
     QTreeView::mousePressEvent(event);
+    if (state() == EditingState) {
+        emit walkedTo(currentIndex()); // where an editor has opened, the release is no click
+    }
 }
 
 void FeatureTreeView::mouseReleaseEvent(QMouseEvent* event) {

@@ -20,7 +20,7 @@ public:
     bool isOpenedByClick() const { return m_openedByClick; }
 
 signals:
-    /// The keyboard made another row the current one.
+    /// The keyboard, or a press that opened an editor, made another row the current one.
     void walkedTo(const QModelIndex& index);
 
 protected:

@@ -343,6 +343,8 @@ TEST_F(FeatureTreeTest, AClickDescribesAndADoubleClickInforms) {
     EXPECT_TRUE(labels().contains("Away")) << "the keyboard shows the description as a click does";
     QTest::keyClick(view(), Qt::Key_Return, Qt::AltModifier);
     EXPECT_EQ(m_tree->findChildren<wPrmDialog*>().size(), 1) << "and the node's information";
+    click(cell("Width"));
+    EXPECT_TRUE(labels().contains("Width")) << "a click that opens an editor describes its feature";
 }
 
 } // namespace
