@@ -15,18 +15,19 @@ namespace Norvane::Imaging::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-std::size_t MatrixRow(const std::uint8_t* luma, const std::uint8_t* cb, const std::uint8_t* cr,
-                      std::size_t pixels, const LumaChromaFactors& f, std::uint8_t* out) {
+template <class T>
+std::size_t MatrixRow(const T* luma, const T* cb, const T* cr, std::size_t pixels, const LumaChromaFactors& f,
+                      std::uint8_t* out) {
     const hn::ScalableTag<std::int32_t> d;
+    const hn::Rebind<T, decltype(d)> dIn;
     const hn::Rebind<std::uint8_t, decltype(d)> d8;
     const auto factor = [&](std::int64_t v) HWY_ATTR { return hn::Set(d, static_cast<std::int32_t>(v)); };
     const auto black = factor(f.black), lumaFactor = factor(f.luma), cbBlue = factor(f.cbBlue),
                cbGreen = factor(f.cbGreen), crGreen = factor(f.crGreen), crRed = factor(f.crRed),
-               middle = factor(128), half = factor(8192);
+               middle = factor(f.middle), half = factor(8192);
     std::size_t i = 0;
     for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
-        const auto load = [&](const std::uint8_t* from)
-                              HWY_ATTR { return hn::PromoteTo(d, hn::LoadU(d8, from + i)); };
+        const auto load = [&](const T* from) HWY_ATTR { return hn::PromoteTo(d, hn::LoadU(dIn, from + i)); };
         const auto base = hn::Add(hn::Mul(hn::Sub(load(luma), black), lumaFactor), half);
         const auto blueness = hn::Sub(load(cb), middle), redness = hn::Sub(load(cr), middle);
         const auto down = [&](auto v) HWY_ATTR { return hn::DemoteTo(d8, hn::ShiftRight<14>(v)); };
@@ -39,9 +40,9 @@ std::size_t MatrixRow(const std::uint8_t* luma, const std::uint8_t* cb, const st
 }
 
 /// Four components for two pixels, chroma repeated; returns how many groups.
-std::size_t SplitGroups(const std::uint8_t* in, std::size_t groups, bool lumaFirst, std::uint8_t* luma,
-                        std::uint8_t* cb, std::uint8_t* cr) {
-    const hn::ScalableTag<std::uint8_t> d;
+template <class T>
+std::size_t SplitGroups(const T* in, std::size_t groups, bool lumaFirst, T* luma, T* cb, T* cr) {
+    const hn::ScalableTag<T> d;
     std::size_t i = 0;
     for (; i + hn::Lanes(d) <= groups; i += hn::Lanes(d)) {
         hn::Vec<decltype(d)> a, b, c, e;
@@ -54,6 +55,23 @@ std::size_t SplitGroups(const std::uint8_t* in, std::size_t groups, bool lumaFir
     return i;
 }
 
+std::size_t MatrixRow8(const std::uint8_t* luma, const std::uint8_t* cb, const std::uint8_t* cr,
+                       std::size_t pixels, const LumaChromaFactors& f, std::uint8_t* out) {
+    return MatrixRow(luma, cb, cr, pixels, f, out);
+}
+std::size_t MatrixRow16(const std::uint16_t* luma, const std::uint16_t* cb, const std::uint16_t* cr,
+                        std::size_t pixels, const LumaChromaFactors& f, std::uint8_t* out) {
+    return MatrixRow(luma, cb, cr, pixels, f, out);
+}
+std::size_t SplitGroups8(const std::uint8_t* in, std::size_t groups, bool lumaFirst, std::uint8_t* luma,
+                         std::uint8_t* cb, std::uint8_t* cr) {
+    return SplitGroups(in, groups, lumaFirst, luma, cb, cr);
+}
+std::size_t SplitGroups16(const std::uint16_t* in, std::size_t groups, bool lumaFirst, std::uint16_t* luma,
+                          std::uint16_t* cb, std::uint16_t* cr) {
+    return SplitGroups(in, groups, lumaFirst, luma, cb, cr);
+}
+
 } // namespace Norvane::Imaging::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -61,8 +79,10 @@ HWY_AFTER_NAMESPACE();
 namespace Norvane::Imaging {
 namespace {
 
-HWY_EXPORT(MatrixRow);
-HWY_EXPORT(SplitGroups);
+HWY_EXPORT(MatrixRow8);
+HWY_EXPORT(MatrixRow16);
+HWY_EXPORT(SplitGroups8);
+HWY_EXPORT(SplitGroups16);
 
 /// Positions of luma and chroma in a group of pixels.
 struct Positions {
@@ -98,6 +118,7 @@ LumaChromaFactors FactorsOf(ColorMatrix matrix, unsigned bits, double top) {
     const double chroma = 16384 * top / (studio ? 224 * unit : 256 * unit - 1);
     const auto fixed = [](double v) { return static_cast<std::int64_t>(v < 0 ? v - 0.5 : v + 0.5); };
     return {studio ? std::int64_t{16} << (bits - 8) : 0,
+            std::int64_t{1} << (bits - 1),
             fixed(luma),
             fixed(chroma * 2 * (1 - blue)),
             fixed(-chroma * 2 * (1 - blue) * blue / green),
@@ -116,42 +137,51 @@ void MatrixPixel(std::int64_t luma, std::int64_t cb, std::int64_t cr, const Luma
     out[2] = clamp(base + cr * f.crRed);
 }
 
-} // namespace
-
-void LumaChromaToBgr(const std::uint8_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
-                     std::uint8_t* out) {
-    const Positions at = PositionsOf(components);
-    const LumaChromaFactors f = FactorsOf(matrix, 8, 255);
+/// 8-bit results, in 32-bit arithmetic, which samples of up to 12 bits do not exceed.
+template <class T, class Split, class Matrix>
+void ToBytes(const T* in, std::size_t pixels, const Positions& at, const LumaChromaFactors& f, Split split,
+             Matrix matrix, std::uint8_t* out) {
     const std::size_t groups = (pixels + at.pixels - 1) / at.pixels;
     Scratch scratch;
-    auto* luma = scratch.Take<std::uint8_t>(groups * at.pixels);
-    auto* cb = scratch.Take<std::uint8_t>(groups * at.pixels);
-    auto* cr = scratch.Take<std::uint8_t>(groups * at.pixels);
-    std::size_t group = 0;
-    if (at.components == 4) {
-        group = HWY_DYNAMIC_DISPATCH(SplitGroups)(in, groups, at.luma[0] == 0, luma, cb, cr);
-    }
+    T* luma = scratch.Take<T>(groups * at.pixels);
+    T* cb = scratch.Take<T>(groups * at.pixels);
+    T* cr = scratch.Take<T>(groups * at.pixels);
+    std::size_t group = at.components == 4 ? split(in, groups, at.luma[0] == 0, luma, cb, cr) : 0;
     for (; group < groups; ++group) {
-        const std::uint8_t* from = in + group * at.components;
+        const T* from = in + group * at.components;
         for (std::size_t i = 0; i < at.pixels; ++i) {
             luma[group * at.pixels + i] = from[at.luma[i]];
             cb[group * at.pixels + i] = from[at.cb];
             cr[group * at.pixels + i] = from[at.cr];
         }
     }
-    for (std::size_t i = HWY_DYNAMIC_DISPATCH(MatrixRow)(luma, cb, cr, pixels, f, out); i < pixels; ++i) {
-        MatrixPixel(luma[i], cb[i] - 128, cr[i] - 128, f, out + 3 * i);
+    for (std::size_t i = matrix(luma, cb, cr, pixels, f, out); i < pixels; ++i) {
+        MatrixPixel(luma[i], cb[i] - f.middle, cr[i] - f.middle, f, out + 3 * i);
     }
+}
+
+} // namespace
+
+void LumaChromaToBgr(const std::uint8_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
+                     std::uint8_t* out) {
+    ToBytes(in, pixels, PositionsOf(components), FactorsOf(matrix, 8, 255),
+            HWY_DYNAMIC_DISPATCH(SplitGroups8), HWY_DYNAMIC_DISPATCH(MatrixRow8), out);
+}
+
+void LumaChromaToBgr(const std::uint16_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
+                     unsigned bits, std::uint8_t* out) {
+    ToBytes(in, pixels, PositionsOf(components), FactorsOf(matrix, bits, 255),
+            HWY_DYNAMIC_DISPATCH(SplitGroups16), HWY_DYNAMIC_DISPATCH(MatrixRow16), out);
 }
 
 void LumaChromaToBgr(const std::uint16_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
                      unsigned bits, std::uint16_t* out) {
     const Positions at = PositionsOf(components);
     const LumaChromaFactors f = FactorsOf(matrix, bits, 65535);
-    const std::int64_t middle = std::int64_t{1} << (bits - 1);
     for (std::size_t i = 0; i < pixels; ++i) {
         const std::uint16_t* from = in + i / at.pixels * at.components;
-        MatrixPixel(from[at.luma[i % at.pixels]], from[at.cb] - middle, from[at.cr] - middle, f, out + 3 * i);
+        MatrixPixel(from[at.luma[i % at.pixels]], from[at.cb] - f.middle, from[at.cr] - f.middle, f,
+                    out + 3 * i);
     }
 }
 

@@ -5,6 +5,8 @@
 #include "imaging/Scratch.h"
 #include "imaging/Unpack.h"
 
+#include <algorithm>
+
 namespace Norvane::Imaging {
 namespace {
 
@@ -72,14 +74,19 @@ void RowReader::ReadColor(std::size_t y, T* out) const {
     const PackedSamples samples = SamplesOfRow(m_view, *m_layout, y);
     if (IsLumaChroma(m_layout->components)) {
         if constexpr (sizeof(T) == 1) {
-            auto* bytes = scratch.Take<std::uint8_t>(count);
-            UnpackFullScale(samples, count, bytes);
-            LumaChromaToBgr(bytes, width, m_layout->components, m_layout->matrix, out);
-        } else {
-            auto* numbers = scratch.Take<std::uint16_t>(count);
-            UnpackNumbers(samples, count, numbers);
-            LumaChromaToBgr(numbers, width, m_layout->components, m_layout->matrix, samples.bits, out);
+            if (samples.bits == 8) {
+                auto* bytes = scratch.Take<std::uint8_t>(count);
+                UnpackFullScale(samples, count, bytes);
+                LumaChromaToBgr(bytes, width, m_layout->components, m_layout->matrix, out);
+                return;
+            }
         }
+        auto* numbers = scratch.Take<std::uint16_t>(count);
+        UnpackFullScale(samples, count, numbers); // whose uppermost bits are the numbers
+        std::transform(numbers, numbers + count, numbers, [drop = 16 - samples.bits](unsigned v) {
+            return static_cast<std::uint16_t>(v >> drop);
+        });
+        LumaChromaToBgr(numbers, width, m_layout->components, m_layout->matrix, samples.bits, out);
         return;
     }
     T* row = out;
