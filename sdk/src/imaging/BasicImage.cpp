@@ -154,13 +154,13 @@ void BasicImage::CopyFrom(const BasicImage& source, const char* purpose) {
 }
 
 ImagePtr BasicImage::Convert(PixelFormatEnums format, ColorProcessingAlgorithm algorithm) const {
+    const Pinned pinned = Pin("Image conversion");
+    RequireReadable(pinned.view, "Image conversion");
     if (format == m_layout.format && m_layout.paddingX == 0) {
         auto copy = std::make_shared<BasicImage>();
         copy->CopyFrom(*this, "Image conversion");
         return ImagePtr(std::move(copy));
     }
-    const Pinned pinned = Pin("Image conversion");
-    RequireReadable(pinned.view, "Image conversion");
     ImageLayout layout = m_layout;
     layout.format = format;
     layout.pfncCode = 0;

@@ -9,6 +9,9 @@ namespace Norvane::Imaging {
 
 const PixelLayout& RequireReadable(const PixelView& view, const char* purpose) {
     const PixelLayout* layout = FindLayout(view.format);
+    if (!layout && (view.width == 0 || view.height == 0)) {
+        throw Exception(Error::ImageConversion, std::string(purpose) + ": the image is empty");
+    }
     if (!layout) {
         char code[16];
         std::snprintf(code, sizeof code, "0x%08X", static_cast<unsigned>(view.pfncCode));

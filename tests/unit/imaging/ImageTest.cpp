@@ -131,6 +131,7 @@ TEST(Image, BadImagesAreRefusedWithTheReason) {
     const auto convert = [&](const ImageLayout& layout, std::size_t size) {
         const ImagePtr image = MakeImage(layout, pixels.data(), size, nullptr);
         EXPECT_LE(image->GetImageSize(), size);
+        EXPECT_NE(ErrorOf([&] { image->Convert(layout.format); }), Error::Success) << layout.format;
         return ErrorOf([&] { image->Convert(PixelFormat_BGR8); }, &message);
     };
     EXPECT_EQ(convert(Layout(PixelFormat_BayerRG8, 10, 11), 100), Error::InvalidBuffer);
