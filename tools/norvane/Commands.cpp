@@ -254,6 +254,10 @@ std::string get(const Arguments& arguments) {
     requireOperands(arguments, 2);
     const Device device(arguments);
     INode& node = device.feature(arguments.operands[1]);
+    if (const EInterfaceType type = node.GetPrincipalInterfaceType();
+        type == intfICategory || type == intfIEnumEntry || type == intfIPort || type == intfICommand) {
+        throw Failure(kNotAllowed, node.GetName().str() + " has no value to read");
+    }
     if (!IsReadable(node.GetAccessMode())) {
         throw device.refusal(node, "read");
     }

@@ -136,6 +136,7 @@ frame-rate = 50
         EXPECT_EQ(failure({"set", "Cam-A", "DeviceVendorName", "Me"}), kNotAllowed);
         EXPECT_EQ(failure({"set", "Cam-A", "TimestampReset", "1"}), kNotAllowed) << "a command is executed";
         EXPECT_EQ(failure({"execute", "Cam-A", "Width"}), kNotAllowed);
+        EXPECT_EQ(failure({"get", "Cam-A", "Root"}), kNotAllowed) << "a category has no value";
         EXPECT_EQ(run({"execute", "Cam-A", "TimestampReset"}), "");
         EXPECT_EQ(failure({"get", "Cam-A", "NoSuchFeature"}), kNoFeature);
         EXPECT_EQ(failure({"get", "Nobody", "Width"}), kNoDevice);
