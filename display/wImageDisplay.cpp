@@ -77,6 +77,11 @@ void wImageDisplay::tearDown() {
     }
     delete m_imageCapture; // gone with its thread, unless that was never started
     delete m_glDisplay;
+    if (QWidget* parent = parentWidget()) {
+        // Qt knows what it composes into a window from the last time it painted there: an expose event before
+        // the next time would look for the widget that has just gone.
+        parent->window()->update();
+    }
     m_camera = CameraPtr();
     m_interface = Norvane::InterfacePtr();
     delete m_recordingDialog;
