@@ -27,7 +27,14 @@ std::size_t MatrixRow(const T* luma, const T* cb, const T* cr, std::size_t pixel
                middle = factor(f.middle), half = factor(8192);
     std::size_t i = 0;
     for (; i + hn::Lanes(d) <= pixels; i += hn::Lanes(d)) {
-        const auto load = [&](const T* from) HWY_ATTR { return hn::PromoteTo(d, hn::LoadU(dIn, from + i)); };
+        const auto load = [&](const T* from) HWY_ATTR {
+            const auto samples = hn::LoadU(dIn, from + i);
+            if constexpr (sizeof(T) == 1) {
+                return hn::PromoteTo(d, samples);
+            } else {
+                return hn::PromoteTo(d, hn::ShiftRightSame(samples, f.below));
+            }
+        };
         const auto base = hn::Add(hn::Mul(hn::Sub(load(luma), black), lumaFactor), half);
         const auto blueness = hn::Sub(load(cb), middle), redness = hn::Sub(load(cr), middle);
         const auto down = [&](auto v) HWY_ATTR { return hn::DemoteTo(d8, hn::ShiftRight<14>(v)); };
@@ -39,11 +46,22 @@ std::size_t MatrixRow(const T* luma, const T* cb, const T* cr, std::size_t pixel
     return i;
 }
 
-/// Four components for two pixels, chroma repeated; returns how many groups.
+/// Three components for a pixel, or four for two pixels with chroma repeated; returns how many groups.
 template <class T>
-std::size_t SplitGroups(const T* in, std::size_t groups, bool lumaFirst, T* luma, T* cb, T* cr) {
+std::size_t SplitGroups(const T* in, std::size_t groups, std::size_t components, bool lumaFirst, T* luma,
+                        T* cb, T* cr) {
     const hn::ScalableTag<T> d;
     std::size_t i = 0;
+    for (; components == 3 && i + hn::Lanes(d) <= groups; i += hn::Lanes(d)) {
+        hn::Vec<decltype(d)> a, b, c;
+        hn::LoadInterleaved3(d, in + 3 * i, a, b, c);
+        hn::StoreU(lumaFirst ? a : b, d, luma + i);
+        hn::StoreU(lumaFirst ? b : a, d, cb + i);
+        hn::StoreU(c, d, cr + i);
+    }
+    if (components == 3) {
+        return i;
+    }
     for (; i + hn::Lanes(d) <= groups; i += hn::Lanes(d)) {
         hn::Vec<decltype(d)> a, b, c, e;
         hn::LoadInterleaved4(d, in + 4 * i, a, b, c, e);
@@ -63,13 +81,13 @@ std::size_t MatrixRow16(const std::uint16_t* luma, const std::uint16_t* cb, cons
                         std::size_t pixels, const LumaChromaFactors& f, std::uint8_t* out) {
     return MatrixRow(luma, cb, cr, pixels, f, out);
 }
-std::size_t SplitGroups8(const std::uint8_t* in, std::size_t groups, bool lumaFirst, std::uint8_t* luma,
-                         std::uint8_t* cb, std::uint8_t* cr) {
-    return SplitGroups(in, groups, lumaFirst, luma, cb, cr);
+std::size_t SplitGroups8(const std::uint8_t* in, std::size_t groups, std::size_t components, bool lumaFirst,
+                         std::uint8_t* luma, std::uint8_t* cb, std::uint8_t* cr) {
+    return SplitGroups(in, groups, components, lumaFirst, luma, cb, cr);
 }
-std::size_t SplitGroups16(const std::uint16_t* in, std::size_t groups, bool lumaFirst, std::uint16_t* luma,
-                          std::uint16_t* cb, std::uint16_t* cr) {
-    return SplitGroups(in, groups, lumaFirst, luma, cb, cr);
+std::size_t SplitGroups16(const std::uint16_t* in, std::size_t groups, std::size_t components, bool lumaFirst,
+                          std::uint16_t* luma, std::uint16_t* cb, std::uint16_t* cr) {
+    return SplitGroups(in, groups, components, lumaFirst, luma, cb, cr);
 }
 
 } // namespace Norvane::Imaging::HWY_NAMESPACE
@@ -108,7 +126,7 @@ Positions PositionsOf(Components components) {
 
 // Recommendations ITU-R BT.601 and BT.709: luma's share of red and blue, and for the studio range 219 steps
 // of luma above 16 and 224 of chroma, times 2^(bits - 8).
-LumaChromaFactors FactorsOf(ColorMatrix matrix, unsigned bits, double top) {
+LumaChromaFactors FactorsOf(ColorMatrix matrix, unsigned bits, unsigned container, double top) {
     const double red = matrix == ColorMatrix::Studio709 ? 0.2126 : 0.299;
     const double blue = matrix == ColorMatrix::Studio709 ? 0.0722 : 0.114;
     const double green = 1 - red - blue;
@@ -119,6 +137,7 @@ LumaChromaFactors FactorsOf(ColorMatrix matrix, unsigned bits, double top) {
     const auto fixed = [](double v) { return static_cast<std::int64_t>(v < 0 ? v - 0.5 : v + 0.5); };
     return {studio ? std::int64_t{16} << (bits - 8) : 0,
             std::int64_t{1} << (bits - 1),
+            static_cast<int>(container - bits),
             fixed(luma),
             fixed(chroma * 2 * (1 - blue)),
             fixed(-chroma * 2 * (1 - blue) * blue / green),
@@ -127,8 +146,11 @@ LumaChromaFactors FactorsOf(ColorMatrix matrix, unsigned bits, double top) {
 }
 
 template <class T>
-void MatrixPixel(std::int64_t luma, std::int64_t cb, std::int64_t cr, const LumaChromaFactors& f, T* out) {
-    const std::int64_t base = (luma - f.black) * f.luma + 8192;
+void MatrixPixel(unsigned lumaSample, unsigned cbSample, unsigned crSample, const LumaChromaFactors& f,
+                 T* out) {
+    const auto number = [&f](unsigned sample) { return static_cast<std::int64_t>(sample >> f.below); };
+    const std::int64_t base = (number(lumaSample) - f.black) * f.luma + 8192;
+    const std::int64_t cb = number(cbSample) - f.middle, cr = number(crSample) - f.middle;
     const auto clamp = [](std::int64_t v) {
         return static_cast<T>(std::clamp<std::int64_t>(v >> 14, 0, std::numeric_limits<T>::max()));
     };
@@ -146,7 +168,8 @@ void ToBytes(const T* in, std::size_t pixels, const Positions& at, const LumaChr
     T* luma = scratch.Take<T>(groups * at.pixels);
     T* cb = scratch.Take<T>(groups * at.pixels);
     T* cr = scratch.Take<T>(groups * at.pixels);
-    std::size_t group = at.components == 4 ? split(in, groups, at.luma[0] == 0, luma, cb, cr) : 0;
+    std::size_t group =
+        at.components < 6 ? split(in, groups, at.components, at.luma[0] == 0, luma, cb, cr) : 0;
     for (; group < groups; ++group) {
         const T* from = in + group * at.components;
         for (std::size_t i = 0; i < at.pixels; ++i) {
@@ -156,7 +179,7 @@ void ToBytes(const T* in, std::size_t pixels, const Positions& at, const LumaChr
         }
     }
     for (std::size_t i = matrix(luma, cb, cr, pixels, f, out); i < pixels; ++i) {
-        MatrixPixel(luma[i], cb[i] - f.middle, cr[i] - f.middle, f, out + 3 * i);
+        MatrixPixel(luma[i], cb[i], cr[i], f, out + 3 * i);
     }
 }
 
@@ -164,24 +187,23 @@ void ToBytes(const T* in, std::size_t pixels, const Positions& at, const LumaChr
 
 void LumaChromaToBgr(const std::uint8_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
                      std::uint8_t* out) {
-    ToBytes(in, pixels, PositionsOf(components), FactorsOf(matrix, 8, 255),
+    ToBytes(in, pixels, PositionsOf(components), FactorsOf(matrix, 8, 8, 255),
             HWY_DYNAMIC_DISPATCH(SplitGroups8), HWY_DYNAMIC_DISPATCH(MatrixRow8), out);
 }
 
 void LumaChromaToBgr(const std::uint16_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
                      unsigned bits, std::uint8_t* out) {
-    ToBytes(in, pixels, PositionsOf(components), FactorsOf(matrix, bits, 255),
+    ToBytes(in, pixels, PositionsOf(components), FactorsOf(matrix, bits, 16, 255),
             HWY_DYNAMIC_DISPATCH(SplitGroups16), HWY_DYNAMIC_DISPATCH(MatrixRow16), out);
 }
 
 void LumaChromaToBgr(const std::uint16_t* in, std::size_t pixels, Components components, ColorMatrix matrix,
                      unsigned bits, std::uint16_t* out) {
     const Positions at = PositionsOf(components);
-    const LumaChromaFactors f = FactorsOf(matrix, bits, 65535);
+    const LumaChromaFactors f = FactorsOf(matrix, bits, 16, 65535);
     for (std::size_t i = 0; i < pixels; ++i) {
         const std::uint16_t* from = in + i / at.pixels * at.components;
-        MatrixPixel(from[at.luma[i % at.pixels]], from[at.cb] - f.middle, from[at.cr] - f.middle, f,
-                    out + 3 * i);
+        MatrixPixel(from[at.luma[i % at.pixels]], from[at.cb], from[at.cr], f, out + 3 * i);
     }
 }
 

@@ -5,8 +5,6 @@
 #include "imaging/Scratch.h"
 #include "imaging/Unpack.h"
 
-#include <algorithm>
-
 namespace Norvane::Imaging {
 namespace {
 
@@ -82,10 +80,7 @@ void RowReader::ReadColor(std::size_t y, T* out) const {
             }
         }
         auto* numbers = scratch.Take<std::uint16_t>(count);
-        UnpackFullScale(samples, count, numbers); // whose uppermost bits are the numbers
-        std::transform(numbers, numbers + count, numbers, [drop = 16 - samples.bits](unsigned v) {
-            return static_cast<std::uint16_t>(v >> drop);
-        });
+        UnpackFullScale(samples, count, numbers);
         LumaChromaToBgr(numbers, width, m_layout->components, m_layout->matrix, samples.bits, out);
         return;
     }
