@@ -36,12 +36,12 @@ const char* nameOf(RecordVideoFileType type) {
 /// the same second may be writing it, and it may be yesterday's. The name's second is then one that is free.
 QString freeStem(const RecordingSettings& settings) {
     constexpr int kSecondsADay = 86400;
+    const char* extension = settings.videoType == H264 ? ".mp4" : ".avi";
     const QTime now = QTime::currentTime();
     QString stem;
     for (int later = 0; later < kSecondsADay; ++later) {
         stem = settings.folder + "/" + now.addSecs(later).toString(QStringLiteral("hh_mm_ss")) +
                nameOf(settings.videoType);
-        const char* extension = settings.videoType == H264 ? ".mp4" : ".avi";
         if (!QFileInfo::exists(stem + extension) && !QFileInfo::exists(stem + "-0000" + extension)) {
             break;
         }

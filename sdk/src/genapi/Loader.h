@@ -44,8 +44,8 @@ public:
     /// Likewise for a reference that the node can do without: a missing one is only logged.
     Node* FindOptional(Node& by, pugi::xml_node element);
     Node* FindName(Node& by, std::string_view element, std::string_view name);
-    /// The element that is about to be loaded.
-    void SetCurrent(const XmlElement& element) { m_current = &element; }
+    /// The element that is about to be loaded; null when a node's are done.
+    void SetCurrent(const XmlElement* element) { m_current = element; }
 
     std::int64_t Integer(Node& by, pugi::xml_node element);
     std::int64_t IntegerText(Node& by, std::string_view what, std::string_view text);

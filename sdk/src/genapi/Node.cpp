@@ -49,11 +49,12 @@ Node::Node(NodeMap& map, pugi::xml_node xml, std::string_view name, std::uint32_
 void Node::Load(std::span<const XmlElement> elements, Loader& loader) {
     m_firstLink = loader.LinkCount();
     for (const auto& element : elements) {
-        loader.SetCurrent(element);
+        loader.SetCurrent(&element);
         if (!LoadElement(element.tag, element.xml, loader)) {
             loader.Complain(Name() + ": the element '" + element.xml.name() + "' is not known and ignored");
         }
     }
+    loader.SetCurrent(nullptr); // the elements may go
     m_links = static_cast<std::uint16_t>(std::min<std::uint32_t>(loader.LinkCount() - m_firstLink, 0xFFFF));
 }
 
