@@ -1,11 +1,15 @@
 /// Tells the thread sanitizer of the order that Qt's event queues make, whose locks are atomics inside a
-/// library that is not instrumented: what a thread does before it emits a signal or receives an event comes
-/// before what any thread does with the next event that it receives. All queues count as one, so the
-/// sanitizer may believe in an order that is not there; without this, it reports each object that changes
-/// hands by a queue. Linked into the programs with widgets of a build with the thread sanitizer.
+/// library that is not instrumented: what a thread does before it emits a signal, receives an event, has
+/// another thread call something or tells it to end comes before what any thread does with the next event
+/// that it receives. All queues count as one, so the sanitizer may believe in an order that is not there;
+/// without this, it reports each object that changes hands by a queue. Linked into the programs with widgets
+/// of a build with the thread sanitizer.
 
 #include <QObject>
+#include <QThread>
 
+#include <cstdlib>
+#include <dlfcn.h>
 #include <sanitizer/tsan_interface.h>
 
 /// Declared in a private header of Qt only; the order of the members is that of Qt 5.
@@ -39,4 +43,31 @@ const bool isWatching = [] {
     return QInternal::registerCallback(QInternal::EventNotifyCallback, atEvent);
 }();
 
+/// Qt's own function of this mangled name, behind the one of this program that stands in its place.
+template <class Function>
+Function* behind(const char* name) {
+    void* function = ::dlsym(RTLD_NEXT, name);
+    if (!function) {
+        std::abort();
+    }
+    return reinterpret_cast<Function*>(function);
+}
+
 } // namespace
+
+// These two queue without a signal. They take the place of Qt's for the code of this program.
+
+bool QMetaObject::invokeMethodImpl(QObject* object, QtPrivate::QSlotObjectBase* slot, Qt::ConnectionType type,
+                                   void* result) {
+    static auto* const invoke = behind<bool(QObject*, QtPrivate::QSlotObjectBase*, Qt::ConnectionType,
+                                            void*)>(
+        "_ZN11QMetaObject16invokeMethodImplEP7QObjectPN9QtPrivate15QSlotObjectBaseEN2Qt14ConnectionTypeEPv");
+    __tsan_release(&allQueues);
+    return invoke(object, slot, type, result);
+}
+
+void QThread::quit() {
+    static auto* const quit = behind<void(QThread*)>("_ZN7QThread4quitEv");
+    __tsan_release(&allQueues);
+    quit(this);
+}
