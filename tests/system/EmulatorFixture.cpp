@@ -23,15 +23,6 @@ std::map<std::string, std::string> KeysOf(const std::string& text) {
 
 } // namespace
 
-Error ErrorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const Exception& error) {
-        return error.GetError();
-    }
-    return Error::Success;
-}
-
 EmulatorFixture::EmulatorFixture() {
     std::string pattern = (std::filesystem::temp_directory_path() / "norvane-XXXXXX").string();
     m_folder = mkdtemp(pattern.data());

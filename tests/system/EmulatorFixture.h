@@ -1,5 +1,6 @@
 #pragma once
 
+#include "../unit/ErrorOf.h"
 #include "Nodes.h"
 
 #include "norvane/Norvane.h"
@@ -13,9 +14,6 @@
 #include <string>
 
 namespace Norvane::Test {
-
-/// The error code that `action` throws, Success when it throws nothing.
-Error ErrorOf(const std::function<void()>& action);
 
 struct ImageCounter : ImageEventHandler {
     void OnImageEvent(ImagePtr image) override {

@@ -1,5 +1,5 @@
+#include "../ErrorOf.h"
 #include "FakeCamera.h"
-#include "norvane/Exception.h"
 
 #include <algorithm>
 #include <atomic>
@@ -9,7 +9,7 @@
 using namespace Norvane::Transport;
 using namespace std::chrono_literals;
 using Norvane::Error;
-using Norvane::Exception;
+using Norvane::Test::ErrorOf;
 using testing::HasSubstr;
 
 namespace {
@@ -27,15 +27,6 @@ protected:
 bool ListsLoopback(const ScanResult& result) {
     return std::any_of(result.interfaces.begin(), result.interfaces.end(),
                        [](const InterfaceRecord& record) { return record.ipAddress == 0x7F000001; });
-}
-
-Error ErrorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const Exception& error) {
-        return error.GetError();
-    }
-    return Error::Success;
 }
 
 } // namespace

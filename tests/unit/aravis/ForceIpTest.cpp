@@ -1,8 +1,8 @@
 #include "transport/aravis/ForceIp.h"
 
+#include "../ErrorOf.h"
 #include "FakeCamera.h"
 #include "LostCamera.h"
-#include "norvane/Exception.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -10,7 +10,7 @@
 using namespace Norvane::Transport;
 using namespace std::chrono_literals;
 using Norvane::Error;
-using Norvane::Exception;
+using Norvane::Test::ErrorOf;
 
 namespace {
 
@@ -97,14 +97,7 @@ TEST(ForceIp, SaysWhyItFailed) {
         const auto transport = CreateAravisTransport();
         const DeviceRecord record = WaitForCamera(*transport);
         Error error = Error::Success;
-        EXPECT_LT(TimeOf([&] {
-                      try {
-                          transport->ForceIp(record.id);
-                      } catch (const Exception& failure) {
-                          error = failure.GetError();
-                      }
-                  }),
-                  5000ms);
+        EXPECT_LT(TimeOf([&] { error = ErrorOf([&] { transport->ForceIp(record.id); }); }), 5000ms);
         EXPECT_EQ(error, expected) << static_cast<int>(manner);
         EXPECT_EQ(camera.Address(), LostCamera::kFirstAddress);
     }

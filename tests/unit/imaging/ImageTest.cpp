@@ -1,13 +1,12 @@
 // Images as objects: geometry, ownership, release, copies, and the errors of bad ones.
+#include "../ErrorOf.h"
 #include "imaging/ImageFactory.h"
 
-#include "norvane/Exception.h"
 #include "norvane/Image.h"
 
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <functional>
 #include <thread>
 #include <vector>
 
@@ -16,6 +15,7 @@ namespace {
 
 using Imaging::ImageLayout;
 using Imaging::MakeImage;
+using Test::ErrorOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -30,18 +30,6 @@ ImageLayout Layout(PixelFormatEnums format, std::uint32_t width, std::uint32_t h
 std::vector<int> Bytes(const ImagePtr& image) {
     const auto* data = static_cast<const std::uint8_t*>(image->GetData());
     return {data, data + image->GetImageSize()};
-}
-
-Error ErrorOf(const std::function<void()>& action, std::string* message = nullptr) {
-    try {
-        action();
-    } catch (const Exception& e) {
-        if (message) {
-            *message = e.what();
-        }
-        return e.GetError();
-    }
-    return Error::Success;
 }
 
 TEST(Image, BilinearOfASmallMosaicByHand) {

@@ -1,5 +1,6 @@
 // Still images, read back by decoders that have nothing to do with the code that wrote them.
-#include "norvane/Exception.h"
+#include "../ErrorOf.h"
+
 #include "norvane/Image.h"
 
 #include <gmock/gmock.h>
@@ -12,7 +13,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <random>
 #include <sstream>
 
@@ -25,6 +25,7 @@ namespace Norvane {
 namespace {
 
 namespace fs = std::filesystem;
+using Test::ErrorOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -284,18 +285,6 @@ void ExpectSame(const Picture& got, const Original& original, unsigned top, doub
         sum += std::abs(double(got.samples[i]) - double(expected[i]));
     }
     EXPECT_LT(sum / static_cast<double>(expected.size()), meanError);
-}
-
-Error ErrorOf(const std::function<void()>& action, std::string* message = nullptr) {
-    try {
-        action();
-    } catch (const Exception& e) {
-        if (message) {
-            *message = e.what();
-        }
-        return e.GetError();
-    }
-    return Error::Success;
 }
 
 constexpr PixelFormatEnums kFormats[] = {PixelFormat_Mono8, PixelFormat_BayerRG8, PixelFormat_RGB8,

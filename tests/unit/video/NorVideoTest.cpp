@@ -1,3 +1,4 @@
+#include "../ErrorOf.h"
 #include "VideoFixture.h"
 
 #include <sys/mman.h>
@@ -11,11 +12,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <functional>
 #include <random>
 
 using namespace Norvane::Video;
 using Norvane::Error;
+using Norvane::Test::ErrorOf;
 
 namespace {
 
@@ -56,15 +57,6 @@ void Open(NorVideo& video, Kind kind, const std::string& path, int width, int he
         option.bitrate = bitrate;
         video.Open(path.c_str(), option);
     }
-}
-
-Error ErrorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const Norvane::Exception& error) {
-        return error.GetError();
-    }
-    return Error::Success;
 }
 
 class EveryVideo : public VideoFixture, public ::testing::WithParamInterface<Sort> {};
