@@ -58,8 +58,8 @@ protected:
         m_busy = std::make_unique<QSignalSpy>(m_tab.get(), &wFileAccess::FileOperationStatusChanged);
     }
 
-    /// Presses a button and answers the file dialog that it opens, as a person would.
-    void PressAndChoose(const char* button, const QString& path) {
+    /// Does what opens a file dialog, and answers it as a person would.
+    void Choose(const QString& path, const std::function<void()>& action) {
         QTimer watch;
         QObject::connect(&watch, &QTimer::timeout, [&] {
             QWidget* modal = QApplication::activeModalWidget();
@@ -73,7 +73,11 @@ protected:
             }
         });
         watch.start(20);
-        QTest::mouseClick(m_tab->findChild<QPushButton*>(button), Qt::LeftButton);
+        action();
+    }
+
+    void PressAndChoose(const char* button, const QString& path) {
+        Choose(path, [&] { QTest::mouseClick(m_tab->findChild<QPushButton*>(button), Qt::LeftButton); });
     }
 
     void Upload(const QByteArray& content) {
@@ -146,9 +150,15 @@ TEST_F(FileAccessTest, ShortChunkIsPaddedAndItsLengthTold) {
 TEST_F(FileAccessTest, AccessLengthGrowsToTheBufferWhereItCan) {
     Store::Setup setup;
     setup.accessLength = 16;
-    Use(setup);
-    Upload(Pattern(2000));
-    EXPECT_EQ(m_store->bufferWrites.size(), 2U);
+    for (const bool perOperation : {false, true}) {
+        setup.lengthPerOperation = perOperation;
+        Use(setup);
+        Upload(Pattern(10)); // leaves a short length behind
+        Upload(Pattern(2000));
+        EXPECT_EQ(m_store->bufferWrites.size(), 3U) << "the longest chunks";
+        EXPECT_EQ(ContentOf(Download()), Pattern(2000));
+    }
+    setup.lengthPerOperation = false;
 
     setup.lengthWritable = false;
     Use(setup);
@@ -160,19 +170,6 @@ TEST_F(FileAccessTest, AccessLengthGrowsToTheBufferWhereItCan) {
 
     m_store->files[Store::UserFile1] = Pattern(100);
     EXPECT_EQ(ContentOf(Download()), Pattern(100));
-}
-
-TEST_F(FileAccessTest, AccessLengthMayBelongToTheSelectedOperation) {
-    Store::Setup setup;
-    setup.accessLength = 16;
-    setup.lengthPerOperation = true;
-    Use(setup);
-    for (const int size : {10, 3000}) {
-        Upload(Pattern(size));
-        EXPECT_TRUE(m_store->files[Store::UserFile1] == Pattern(size)) << size;
-        EXPECT_EQ(ContentOf(Download()), Pattern(size)) << size;
-    }
-    EXPECT_EQ(m_store->bufferWrites.size(), 4U) << "each in the longest chunks";
 }
 
 TEST_F(FileAccessTest, EveryFailureEndsTheTransferAndLeavesTheFileClosed) {
@@ -266,15 +263,7 @@ TEST_F(FileAccessTest, TabMayBeDestroyedInTheMiddle) {
     });
     const QString path = m_folder.filePath("file");
     WriteFile(path, Pattern(4 << 20));
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, [&] {
-        if (auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
-            dialog->findChild<QLineEdit*>("fileNameEdit")->setText(path);
-            QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
-        }
-    });
-    watch.start(20);
-    m_tab->OnUploadButtonClicked();
+    Choose(path, [&] { m_tab->OnUploadButtonClicked(); });
     EXPECT_TRUE(destroyed);
     EXPECT_FALSE(m_store->open);
     EXPECT_LT(m_store->files[Store::UserFile1].size(), 4 << 20);
