@@ -14,10 +14,42 @@ namespace {
 
 constexpr std::chrono::milliseconds kPatience(2000);
 constexpr std::chrono::milliseconds kPause(100);
+/// A scan on the network takes at most 400 ms, after a pause of 50 ms.
+constexpr std::chrono::milliseconds kSecondScan(500);
 
 bool isTrue(INodeMap& map, const char* name) {
     CBooleanPtr node(map.GetNode(name));
     return node.IsValid() && IsReadable(node->GetAccessMode()) && node->GetValue();
+}
+
+std::optional<std::uint32_t> numberOf(INodeMap& map, const char* name) {
+    CIntegerPtr node(map.GetNode(name));
+    if (!node.IsValid() || !IsReadable(node->GetAccessMode())) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint32_t>(node->GetValue());
+}
+
+std::optional<Subnet> subnetOf(INodeMap& map) {
+    const auto address = numberOf(map, "GevInterfaceSubnetIPAddress");
+    const auto mask = numberOf(map, "GevInterfaceSubnetMask");
+    return address && mask ? std::optional(Subnet{*address & *mask, *mask}) : std::nullopt;
+}
+
+CameraSummary summarize(Norvane::ICameraBase& camera) {
+    INodeMap& map = camera.GetTLDeviceNodeMap();
+    CameraSummary summary;
+    summary.number = std::to_string(camera.GetDeviceNumber());
+    summary.serial = textOf(map, "DeviceID");
+    summary.model = textOf(map, "DeviceModelName");
+    summary.vendor = textOf(map, "DeviceVendorName");
+    summary.userName = textOf(map, "DeviceUserID");
+    summary.access = textOf(map, "DeviceAccessStatus");
+    summary.type = textOf(map, "DeviceType");
+    summary.address = textOf(map, "GevDeviceIPAddress");
+    summary.wrongSubnet = isTrue(map, "GevDeviceIsWrongSubnet");
+    summary.usable = !summary.wrongSubnet && !isTrue(map, "DeviceIsUnusable");
+    return summary;
 }
 
 /// Asks until there is an answer, for as long as a slow device takes to be found.
@@ -46,19 +78,25 @@ std::string textOf(INodeMap& map, const char* name) {
     }
 }
 
-CameraSummary summarize(Norvane::ICameraBase& camera) {
-    INodeMap& map = camera.GetTLDeviceNodeMap();
-    CameraSummary summary;
-    summary.number = std::to_string(camera.GetDeviceNumber());
-    summary.serial = textOf(map, "DeviceID");
-    summary.model = textOf(map, "DeviceModelName");
-    summary.vendor = textOf(map, "DeviceVendorName");
-    summary.userName = textOf(map, "DeviceUserID");
-    summary.access = textOf(map, "DeviceAccessStatus");
-    summary.type = textOf(map, "DeviceType");
-    summary.address = textOf(map, "GevDeviceIPAddress");
-    summary.usable = !isTrue(map, "GevDeviceIsWrongSubnet") && !isTrue(map, "DeviceIsUnusable");
-    return summary;
+std::vector<InterfaceSummary> summarizeInterfaces(Norvane::ISystem& system) {
+    std::vector<InterfaceSummary> summaries;
+    // The first list is quick; a camera that answers late is in the scan after it.
+    system.GetInterfaces();
+    std::this_thread::sleep_for(kSecondScan);
+    const Norvane::InterfaceList interfaces = system.GetInterfaces();
+    for (unsigned int i = 0; i < interfaces.GetSize(); ++i) {
+        const Norvane::InterfacePtr interface = interfaces.GetByIndex(i);
+        INodeMap& map = interface->GetTLNodeMap();
+        InterfaceSummary summary{interface->GetInterfaceID(),  textOf(map, "InterfaceDisplayName"),
+                                 textOf(map, "InterfaceType"), subnetOf(map),
+                                 interface->IsUsable(),        {}};
+        const Norvane::CameraList cameras = interface->GetCameras(false);
+        for (unsigned int j = 0; j < cameras.GetSize(); ++j) {
+            summary.cameras.push_back(summarize(*cameras.GetByIndex(j)));
+        }
+        summaries.push_back(std::move(summary));
+    }
+    return summaries;
 }
 
 Norvane::CameraPtr findCamera(Norvane::ISystem& system, const std::string& serial) {

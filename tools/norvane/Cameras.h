@@ -1,8 +1,12 @@
 #pragma once
 
+#include "Subnet.h"
+
 #include "norvane/System.h"
 
+#include <optional>
 #include <string>
+#include <vector>
 
 /// What the transport layer says of one camera, without opening it.
 struct CameraSummary {
@@ -14,10 +18,22 @@ struct CameraSummary {
     std::string access; ///< GenTL's name of the access status
     std::string type;
     std::string address; ///< empty for a camera that has none
+    bool wrongSubnet = false;
     bool usable = true;
 };
 
-CameraSummary summarize(Norvane::ICameraBase& camera);
+/// What the transport layer says of one interface and the cameras on it.
+struct InterfaceSummary {
+    std::string id;
+    std::string name;
+    std::string type;
+    std::optional<Subnet> subnet; ///< of a network adapter
+    bool usable = false;
+    std::vector<CameraSummary> cameras;
+};
+
+/// Waits until cameras that answer late are found, too.
+std::vector<InterfaceSummary> summarizeInterfaces(Norvane::ISystem& system);
 
 /// Waits a moment for a camera that has not answered yet.
 /// @param serial the library's number or the device's own text.

@@ -39,40 +39,6 @@ std::string line(const JsonWriter& json) {
 
 // --- list
 
-/// A scan on the network takes at most 400 ms, after a pause of 50 ms.
-constexpr std::chrono::milliseconds kSecondScan{500};
-
-struct InterfaceSummary {
-    std::string id;
-    std::string name;
-    std::string type;
-    bool usable = false;
-    std::vector<CameraSummary> cameras;
-};
-
-std::vector<InterfaceSummary> summarizeInterfaces(Norvane::ISystem& system) {
-    std::vector<InterfaceSummary> summaries;
-    // The first list is quick; a camera that answers late is in the scan after it.
-    system.GetInterfaces();
-    std::this_thread::sleep_for(kSecondScan);
-    const Norvane::InterfaceList interfaces = system.GetInterfaces();
-    for (unsigned int i = 0; i < interfaces.GetSize(); ++i) {
-        const Norvane::InterfacePtr interface = interfaces.GetByIndex(i);
-        INodeMap& map = interface->GetTLNodeMap();
-        InterfaceSummary summary{interface->GetInterfaceID(),
-                                 textOf(map, "InterfaceDisplayName"),
-                                 textOf(map, "InterfaceType"),
-                                 interface->IsUsable(),
-                                 {}};
-        const Norvane::CameraList cameras = interface->GetCameras(false);
-        for (unsigned int j = 0; j < cameras.GetSize(); ++j) {
-            summary.cameras.push_back(summarize(*cameras.GetByIndex(j)));
-        }
-        summaries.push_back(std::move(summary));
-    }
-    return summaries;
-}
-
 std::string listAsJson(const std::vector<InterfaceSummary>& interfaces) {
     JsonWriter json;
     json.beginObject();

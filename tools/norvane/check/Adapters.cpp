@@ -1,8 +1,8 @@
 #include "check/Adapters.h"
 
 #include <algorithm>
-#include <bit>
 #include <sstream>
+#include <string_view>
 
 #include <arpa/inet.h>
 
@@ -28,29 +28,29 @@ std::vector<Subnet> directSubnets(const Machine& machine, const std::string& ada
     return subnets;
 }
 
-std::string dotted(std::uint32_t address) {
-    std::ostringstream text;
-    text << (address >> 24) << '.' << (address >> 16 & 255) << '.' << (address >> 8 & 255) << '.'
-         << (address & 255);
-    return text.str();
+/// Whether adapters with a device behind them stand below a virtual one.
+bool hasDeviceBelow(const Machine& machine, const std::string& adapter) {
+    const auto entries = machine.entries("sys/class/net/" + adapter);
+    return std::any_of(entries.begin(), entries.end(), [&](const std::string& entry) {
+        constexpr std::string_view kLower = "lower_";
+        return entry.starts_with(kLower) &&
+               machine.exists("sys/class/net/" + entry.substr(kLower.size()) + "/device");
+    });
 }
 
 } // namespace
-
-std::string Subnet::text() const {
-    return dotted(network) + "/" + std::to_string(std::popcount(mask));
-}
 
 std::vector<Adapter> readAdapters(const Machine& machine) {
     std::vector<Adapter> adapters;
     for (const std::string& name : machine.entries("sys/class/net")) {
         const std::string folder = "sys/class/net/" + name + "/";
         constexpr std::int64_t kEthernet = 1; // ARPHRD_ETHER
-        if (machine.number(folder + "type") != kEthernet || !machine.exists(folder + "device")) {
+        if (machine.number(folder + "type") != kEthernet) {
             continue;
         }
         Adapter adapter;
         adapter.name = name;
+        adapter.master = machine.linkedName(folder + "master");
         adapter.linked = machine.number(folder + "carrier") == 1;
         adapter.wireless = machine.exists(folder + "wireless") || machine.exists(folder + "phy80211");
         adapter.mtu = machine.number(folder + "mtu").value_or(0);
@@ -59,15 +59,12 @@ std::vector<Adapter> readAdapters(const Machine& machine) {
             adapter.speed.reset();
         }
         adapter.subnets = directSubnets(machine, name);
+        const bool virtualInUse = adapter.linked && !adapter.subnets.empty() &&
+                                  (!machine.exists(folder + "bridge") || hasDeviceBelow(machine, name));
+        if (!machine.exists(folder + "device") && !virtualInUse) {
+            continue;
+        }
         adapters.push_back(std::move(adapter));
     }
     return adapters;
-}
-
-std::optional<std::uint32_t> parseAddress(const std::string& text) {
-    in_addr address{};
-    if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
-        return std::nullopt;
-    }
-    return ntohl(address.s_addr);
 }

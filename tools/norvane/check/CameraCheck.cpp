@@ -1,50 +1,60 @@
-#include "check/Adapters.h"
 #include "check/MachineChecks.h"
 
-#include <algorithm>
+#include <map>
 
 namespace {
 
-/// The adapter in whose subnet an address lies, as text; empty when there is none.
-std::string reachedThrough(const std::vector<Adapter>& adapters, std::uint32_t address) {
-    for (const Adapter& adapter : adapters) {
-        for (const Subnet& subnet : adapter.subnets) {
-            if (subnet.contains(address)) {
-                return adapter.name + " (" + subnet.text() + ")";
-            }
-        }
+constexpr const char* kTopic = "cameras";
+
+std::string nameOf(const CameraSummary& camera) {
+    return camera.number + " " + camera.model;
+}
+
+Finding checkCamera(const CameraSummary& camera, const InterfaceSummary& interface) {
+    const std::string what = nameOf(camera) + (camera.address.empty() ? "" : " at " + camera.address) +
+                             " on " + interface.id +
+                             (interface.subnet ? " (" + interface.subnet->text() + ")" : "");
+    if (camera.wrongSubnet) {
+        return {Weight::Limiting, kTopic, what + " has an address of another subnet and cannot be opened.",
+                "norvane execute " + camera.number +
+                    " GevDeviceAutoForceIP --map tl (as does Auto Force IP in the viewer), or give the "
+                    "adapter an address in the camera's subnet"};
     }
-    return {};
+    if (!camera.usable || camera.access == "NoAccess") {
+        return {Weight::Limiting, kTopic, what + " is seen but cannot be opened.",
+                "Another program may hold it; close it there, or plug the camera in anew"};
+    }
+    if (camera.access == "ReadOnly") {
+        return {Weight::Advice, kTopic,
+                what + " is in use by another program: its features can be read, and nothing else.",
+                "Close it there"};
+    }
+    return {Weight::Good, kTopic, what + " can be opened.", {}};
 }
 
 } // namespace
 
-Findings checkCameras(const Machine& machine, const std::vector<SeenCamera>& cameras) {
-    constexpr const char* kTopic = "cameras";
-    if (cameras.empty()) {
+Findings checkCameras(const std::vector<InterfaceSummary>& interfaces) {
+    Findings findings;
+    std::map<std::string, std::string> byAddress;
+    for (const InterfaceSummary& interface : interfaces) {
+        for (const CameraSummary& camera : interface.cameras) {
+            findings.push_back(checkCamera(camera, interface));
+            if (camera.address.empty()) {
+                continue;
+            }
+            const auto [other, isNew] = byAddress.emplace(camera.address, nameOf(camera));
+            if (!isNew) {
+                findings.push_back({Weight::Limiting, kTopic,
+                                    other->second + " and " + nameOf(camera) + " both have the address " +
+                                        camera.address + ": what is meant for one may reach the other.",
+                                    "Unplug one of them, and give the other an address of its own"});
+            }
+        }
+    }
+    if (findings.empty()) {
         return {{Weight::Advice, kTopic, "No camera answers.",
                  "Check power and cable; what is said above of adapters, firewall and USB may be the cause"}};
-    }
-    const std::vector<Adapter> adapters = readAdapters(machine);
-    Findings findings;
-    for (const SeenCamera& camera : cameras) {
-        const auto address = parseAddress(camera.address);
-        const std::string through = address ? reachedThrough(adapters, *address) : std::string();
-        const std::string where = (camera.address.empty() ? "" : " at " + camera.address) +
-                                  (through.empty() ? "" : " through " + through);
-        if (camera.usable) {
-            findings.push_back({Weight::Good, kTopic, camera.name + where + " can be reached.", {}});
-        } else if (address && through.empty()) {
-            findings.push_back(
-                {Weight::Limiting, kTopic,
-                 camera.name + where + " is on no subnet of this machine and cannot be opened.",
-                 "Give it an address: Auto Force IP in the viewer's menu of the camera, or an adapter "
-                 "address in the camera's subnet"});
-        } else {
-            findings.push_back({Weight::Limiting, kTopic,
-                                camera.name + where + " is seen but cannot be opened.",
-                                "Another program may hold it; close it there, or plug the camera in anew"});
-        }
     }
     return findings;
 }

@@ -1,6 +1,5 @@
 #include "check/Check.h"
 
-#include "Cameras.h"
 #include "JsonWriter.h"
 #include "check/MachineChecks.h"
 
@@ -8,17 +7,6 @@
 #include <sstream>
 
 namespace {
-
-std::vector<SeenCamera> seenCameras() {
-    const Norvane::SystemPtr system = Norvane::System::GetInstance();
-    const Norvane::CameraList cameras = system->GetCameras(true);
-    std::vector<SeenCamera> seen;
-    for (unsigned int i = 0; i < cameras.GetSize(); ++i) {
-        const CameraSummary camera = summarize(*cameras.GetByIndex(i));
-        seen.push_back({camera.number + " " + camera.model, camera.address, camera.usable});
-    }
-    return seen;
-}
 
 const char* name(Weight weight) {
     switch (weight) {
@@ -36,10 +24,11 @@ const char* name(Weight weight) {
 
 Findings checkMachine() {
     const Machine machine;
+    const Norvane::SystemPtr system = Norvane::System::GetInstance();
     Findings all;
     for (const Findings& part :
          {checkNetwork(machine), checkSockets(machine), checkFirewall(machine), checkUsb(machine),
-          checkProcessors(machine), checkCameras(machine, seenCameras())}) {
+          checkProcessors(machine), checkCameras(summarizeInterfaces(*system))}) {
         all.insert(all.end(), part.begin(), part.end());
     }
     return all;

@@ -46,6 +46,11 @@ std::vector<std::string> Machine::entries(const std::string& path) const {
     return names;
 }
 
+std::string Machine::linkedName(const std::string& path) const {
+    std::error_code error;
+    return std::filesystem::read_symlink(m_root / path, error).filename();
+}
+
 bool Machine::exists(const std::string& path) const {
     std::error_code error;
     return std::filesystem::exists(m_root / path, error);

@@ -20,6 +20,8 @@ public:
     std::vector<std::string> lines(const std::string& path) const;
     /// Names in a folder, sorted.
     std::vector<std::string> entries(const std::string& path) const;
+    /// The name at the end of what a symbolic link points to; empty where there is none.
+    std::string linkedName(const std::string& path) const;
     bool exists(const std::string& path) const;
     /// Whether this process may write the file.
     bool writable(const std::string& path) const;

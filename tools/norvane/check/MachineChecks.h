@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Cameras.h"
 #include "check/Finding.h"
 #include "check/Machine.h"
 
-#include <string>
 #include <vector>
 
 /// Adapters: link, speed, packet size, addresses, the reverse-path filter.
@@ -21,12 +21,5 @@ Findings checkUsb(const Machine& machine);
 /// Whether the processors slow down between images.
 Findings checkProcessors(const Machine& machine);
 
-/// A camera as the library sees it.
-struct SeenCamera {
-    std::string name;    ///< number and model
-    std::string address; ///< empty for one that has none (USB)
-    bool usable = true;  ///< whether the library can open it as things are
-};
-
-/// Which cameras answer, and whether they can be reached.
-Findings checkCameras(const Machine& machine, const std::vector<SeenCamera>& cameras);
+/// Which cameras answer, where, and whether they can be opened.
+Findings checkCameras(const std::vector<InterfaceSummary>& interfaces);

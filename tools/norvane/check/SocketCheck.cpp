@@ -1,5 +1,7 @@
 #include "check/MachineChecks.h"
 
+#include <algorithm>
+
 Findings checkSockets(const Machine& machine) {
     const auto limit = machine.number("proc/sys/net/core/rmem_max");
     if (!limit) {
@@ -8,22 +10,24 @@ Findings checkSockets(const Machine& machine) {
     }
     // A quarter of a second of a full gigabit link, in which a receiving thread is certainly scheduled.
     constexpr std::int64_t kEnough = 33554432;
+    const auto initial = machine.number("proc/sys/net/core/rmem_default").value_or(0);
+    const std::string remedy = "echo net.core.rmem_max=" + std::to_string(std::max(kEnough, initial)) +
+                               " | sudo tee /etc/sysctl.d/60-cameras.conf && "
+                               "sudo sysctl -p /etc/sysctl.d/60-cameras.conf";
     const std::string bytes = std::to_string(*limit) + " bytes";
     Findings findings;
     if (*limit < kEnough) {
         findings.push_back(
             {Weight::Limiting, "sockets",
-             "A socket may hold " + bytes + " (net.core.rmem_max): a busy processor loses packets.",
-             "sudo sysctl -w net.core.rmem_max=33554432, and the same line in a file of /etc/sysctl.d "
-             "to keep it"});
+             "A socket may hold " + bytes + " (net.core.rmem_max): a busy processor loses packets.", remedy});
     } else {
         findings.push_back({Weight::Good, "sockets", "A socket may hold " + bytes + ".", {}});
     }
-    if (const auto initial = machine.number("proc/sys/net/core/rmem_default"); initial && *initial > *limit) {
+    if (initial > *limit) {
         findings.push_back({Weight::Advice, "sockets",
-                            "net.core.rmem_default (" + std::to_string(*initial) +
+                            "net.core.rmem_default (" + std::to_string(initial) +
                                 ") is above net.core.rmem_max: a program that asks for more gets less.",
-                            "Set net.core.rmem_max to at least as much"});
+                            remedy});
     }
     return findings;
 }

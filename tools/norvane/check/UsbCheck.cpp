@@ -1,11 +1,13 @@
 #include "check/MachineChecks.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <set>
 
 namespace {
 
 constexpr const char* kTopic = "usb";
+constexpr std::int64_t kSuperSpeed = 5000; // Mbit/s
 
 /// The devices with a USB3 Vision control interface: class EF, subclass 05, protocol 00 (USB3
 /// Vision 1.0, 2.1).
@@ -19,6 +21,15 @@ std::set<std::string> usb3VisionDevices(const Machine& machine) {
         }
     }
     return devices;
+}
+
+/// Whether a root hub of the host speaks SuperSpeed.
+bool hasUsb3(const Machine& machine) {
+    const auto names = machine.entries("sys/bus/usb/devices");
+    return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+        return name.starts_with("usb") &&
+               machine.number("sys/bus/usb/devices/" + name + "/speed").value_or(0) >= kSuperSpeed;
+    });
 }
 
 void checkDevice(const Machine& machine, const std::string& device, Findings& findings) {
@@ -39,7 +50,6 @@ void checkDevice(const Machine& machine, const std::string& device, Findings& fi
             "shell also: "
             "sudo adduser $USER plugdev, and log in again");
     }
-    constexpr std::int64_t kSuperSpeed = 5000;
     if (const auto speed = machine.number(folder + "speed"); speed && *speed < kSuperSpeed) {
         add(Weight::Limiting,
             "runs at " + std::to_string(*speed) + " Mbit/s, USB 2: most image streams do not fit.",
@@ -58,6 +68,11 @@ Findings checkUsb(const Machine& machine) {
     const auto devices = usb3VisionDevices(machine);
     for (const std::string& device : devices) {
         checkDevice(machine, device, findings);
+    }
+    if (!hasUsb3(machine)) {
+        findings.push_back({Weight::Advice, kTopic,
+                            "There is no USB 3 host controller for USB3 Vision cameras.",
+                            "Plug one in, or give the virtual machine or container one"});
     }
     constexpr std::int64_t kEnoughMegabytes = 256;
     const auto memory = machine.number("sys/module/usbcore/parameters/usbfs_memory_mb");
