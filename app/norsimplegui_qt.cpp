@@ -17,7 +17,6 @@
 #include <QFontDatabase>
 #include <QIcon>
 #include <QMenu>
-#include <QMutexLocker>
 #include <QResizeEvent>
 #include <QScreen>
 #include <QSettings>
@@ -228,7 +227,7 @@ int NorSimpleGUI_QT::FindDisplay(int serial) const {
 }
 
 void NorSimpleGUI_QT::OnAddImageDisplay(Norvane::InterfacePtr interface, Norvane::CameraPtr camera) {
-    const QMutexLocker lock(&m_displayMutex);
+    const std::lock_guard lock(m_displayMutex);
     guarded("opening an image display", [&] {
         if (!camera.IsValid()) {
             return;
@@ -322,7 +321,7 @@ void NorSimpleGUI_QT::resizeEvent(QResizeEvent* event) {
 }
 
 void NorSimpleGUI_QT::OnRemoveImageDisplay(int serial) {
-    const QMutexLocker lock(&m_displayMutex);
+    const std::lock_guard lock(m_displayMutex);
     int index = FindDisplay(serial);
     if (index < 0) {
         return;
@@ -344,7 +343,7 @@ void NorSimpleGUI_QT::OnRemoveImageDisplay(int serial) {
 }
 
 void NorSimpleGUI_QT::SwitchToNextDevice(int index) {
-    const QMutexLocker lock(&m_displayMutex);
+    const std::lock_guard lock(m_displayMutex);
     if (!m_deviceList) {
         return;
     }
@@ -363,7 +362,7 @@ void NorSimpleGUI_QT::OnDeviceRemoval(int serial) {
     if (m_deviceList) {
         m_deviceList->OnDeviceRemoval(serial);
     }
-    const QMutexLocker lock(&m_displayMutex);
+    const std::lock_guard lock(m_displayMutex);
     for (const auto& display : qAsConst(m_displaysToDelete)) {
         if (display) {
             display->deleteWhenWritten();
@@ -387,7 +386,7 @@ void NorSimpleGUI_QT::OnDeviceDisconnect(Norvane::CameraPtr camera) {
             camera->DeInit();
         }
     });
-    const QMutexLocker lock(&m_displayMutex);
+    const std::lock_guard lock(m_displayMutex);
     OfferSurvey();
     OnRemoveImageDisplay(serial);
 }
@@ -405,7 +404,7 @@ void NorSimpleGUI_QT::OfferSurvey() {
 }
 
 void NorSimpleGUI_QT::OnDoubleClickStream(int serial) {
-    const QMutexLocker lock(&m_displayMutex);
+    const std::lock_guard lock(m_displayMutex);
     if (const int index = FindDisplay(serial); index >= 0) {
         m_imageDisplays[index]->OnStartStream();
     }
@@ -415,7 +414,7 @@ void NorSimpleGUI_QT::OnAcquisitionModeUpdated(const Norvane::CameraPtr& camera)
     if (!camera.IsValid()) {
         return;
     }
-    const QMutexLocker lock(&m_displayMutex);
+    const std::lock_guard lock(m_displayMutex);
     for (const auto& display : qAsConst(m_imageDisplays)) {
         if (display && display->getCamera() == camera) {
             display->OnAcquisitionModeUpdated();

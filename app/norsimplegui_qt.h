@@ -7,12 +7,12 @@
 #include "norvane/System.h"
 
 #include <QMainWindow>
-#include <QMutex>
 #include <QPointer>
 #include <QString>
 #include <QVector>
 
 #include <memory>
+#include <mutex>
 
 class InterfaceEventHandlerImpl;
 class SystemEventHandlerImpl;
@@ -102,7 +102,7 @@ private:
     bool m_shownBefore = false;
     QPointer<wDeviceList> m_deviceList;
     // Held across OnDeviceDisconnect, which removes a display and may select the next one.
-    mutable QRecursiveMutex m_displayMutex;
+    mutable std::recursive_mutex m_displayMutex;
     QVector<QPointer<wImageDisplay>> m_imageDisplays; ///< open, in opening order
     QVector<QPointer<wImageDisplay>> m_displaysToDelete;
     int m_leftWidth =

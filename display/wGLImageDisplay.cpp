@@ -90,7 +90,7 @@ void wGLImageDisplay::setInferenceDialog(wInferenceDialog* dialog) {
 }
 
 void wGLImageDisplay::setColorProcessingAlgorithm(int code) {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_colorProcessingAlgorithm = code;
     m_algorithmChanged = true;
     if (!m_displayTimer.isActive()) {
@@ -99,7 +99,7 @@ void wGLImageDisplay::setColorProcessingAlgorithm(int code) {
 }
 
 void wGLImageDisplay::setMaxDisplayFPS(float framesPerSecond) {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_maxDisplayFPS = framesPerSecond;
     if (m_displayTimer.isActive()) {
         StartTimer();
@@ -111,7 +111,7 @@ void wGLImageDisplay::StartTimer() {
 }
 
 void wGLImageDisplay::startProcessAndDisplay() {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_rawImage = nullptr;
     m_displayImage = nullptr;
     m_overlay.UpdateMode(m_camera);
@@ -119,7 +119,7 @@ void wGLImageDisplay::startProcessAndDisplay() {
 }
 
 void wGLImageDisplay::stopProcessAndDisplay() {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_displayTimer.stop();
     if (!m_rawImage.IsValid()) {
         return;
@@ -137,7 +137,7 @@ void wGLImageDisplay::timerEvent(QTimerEvent* event) {
         QOpenGLWidget::timerEvent(event);
         return;
     }
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     if (m_imageCapture) {
         updateImageDisplayGL(m_imageCapture->getRawImagePtr(true));
     }

@@ -9,7 +9,6 @@
 #include <QBasicTimer>
 #include <QByteArray>
 #include <QImage>
-#include <QMutex>
 #include <QOpenGLBuffer>
 #include <QOpenGLFunctions>
 #include <QOpenGLWidget>
@@ -17,6 +16,7 @@
 
 #include <array>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -115,7 +115,7 @@ private:
     void updateCornerLabel(const QString& text);
 
     QPointer<ImageCapture> m_imageCapture;
-    QMutex m_mutex; // guards the image handles and the timer
+    std::mutex m_mutex; // guards the image handles and the timer
     float m_maxDisplayFPS = 120.0F;
     QBasicTimer m_displayTimer;
     Norvane::ImagePtr m_rawImage;

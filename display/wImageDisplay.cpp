@@ -489,7 +489,7 @@ void wImageDisplay::updateImageInfoUSB(int width, int height, int pixelFormat, i
 
 void wImageDisplay::updateImageInfo(const ImageInfoLine::Frame& frame,
                                     const ImageInfoLine::Packets* packets) {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     const ImageInfoLine::Rates rates{m_imageCapture->getCameraLeaderFrameRate(),
                                      m_imageCapture->getFrameRate(), m_glDisplay->getUpdateRate(),
                                      m_glDisplay->getPaintRate()};

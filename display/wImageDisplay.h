@@ -10,9 +10,10 @@
 #include <QDockWidget>
 #include <QFont>
 #include <QMenu>
-#include <QMutex>
 #include <QPoint>
 #include <QPointer>
+
+#include <mutex>
 
 class DisplayToolBar;
 class ElidingStatusBar;
@@ -141,7 +142,7 @@ private:
     bool m_isLeaving = false; // its camera or its window is gone, its recording not yet
     QPointer<QThread> m_captureThread;
     QPointer<ImageCapture> m_imageCapture;
-    QMutex m_mutex;
+    std::mutex m_mutex;
     Mapper m_mapper;
 
     QPointer<wGLImageDisplay> m_glDisplay;

@@ -16,7 +16,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
-#include <QMutexLocker>
 #include <QRegularExpression>
 #include <QStyle>
 #include <QTextDocument>
@@ -43,7 +42,7 @@ constexpr char kTreeStyle[] =
     "QTreeView::item:open {border: 1px solid gainsboro; background-color: rgb(230,240,250);}"
     "QTreeView::item:selected{}";
 
-QMutex instanceMutex; ///< guards wFeatureTree::m_pInstance
+std::mutex instanceMutex; ///< guards wFeatureTree::m_pInstance
 
 QString text(const gcstring& from) {
     return QString::fromUtf8(from.c_str());
@@ -69,7 +68,7 @@ wFeatureTree::wFeatureTree(QWidget* parent) : CustomTabInterface(parent) {
     setupDescLabel();
     qRegisterMetaType<INode*>("Norvane::GenApi::INode*");
     {
-        const QMutexLocker lock(&instanceMutex);
+        const std::lock_guard lock(instanceMutex);
         m_pInstance = this;
     }
     connect(m_searchBox, SIGNAL(textChanged(QString)), this, SLOT(OnRefreshTree()));
@@ -78,7 +77,7 @@ wFeatureTree::wFeatureTree(QWidget* parent) : CustomTabInterface(parent) {
 }
 
 wFeatureTree::~wFeatureTree() {
-    const QMutexLocker lock(&instanceMutex);
+    const std::lock_guard lock(instanceMutex);
     if (m_pInstance == this) {
         m_pInstance = nullptr;
     }
@@ -242,7 +241,7 @@ void wFeatureTree::clearTreeView() {
 }
 
 void wFeatureTree::clearCategories() {
-    const QMutexLocker lock(&m_categoryMutex);
+    const std::lock_guard lock(m_categoryMutex);
     m_deviceCategories.clear();
     m_tlDeviceCategories.clear();
     m_streamCategories.clear();
@@ -359,7 +358,7 @@ void wFeatureTree::OnCameraRead() {
 }
 
 void wFeatureTree::takeCategories() {
-    const QMutexLocker lock(&m_categoryMutex);
+    const std::lock_guard lock(m_categoryMutex);
     GetCategoryNodesList(m_camera->GetNodeMap(), m_deviceCategories);
     GetCategoryNodesList(m_camera->GetTLDeviceNodeMap(), m_tlDeviceCategories);
     GetCategoryNodesList(m_camera->GetTLStreamNodeMap(), m_streamCategories);
@@ -404,7 +403,7 @@ void wFeatureTree::UpdateTreeViewInterface(Norvane::InterfacePtr iface) {
             m_sameDevice = iface == m_interface;
             m_interface = iface;
             {
-                const QMutexLocker lock(&m_categoryMutex);
+                const std::lock_guard lock(m_categoryMutex);
                 GetCategoryNodesList(map, m_interfaceCategories);
             }
             m_model->rebuild([&] { populator().addHierarchy(map, nullptr); });
@@ -537,7 +536,7 @@ void wFeatureTree::OnDoubleClickParam(const QModelIndex& index) {
 // --- changes of nodes
 
 void wFeatureTree::Callback(INode* node) {
-    QMutexLocker lock(&instanceMutex);
+    std::unique_lock lock(instanceMutex);
     wFeatureTree* tree = m_pInstance;
     if (!tree) {
         return;
@@ -553,7 +552,7 @@ void wFeatureTree::Callback(INode* node) {
     }
     // A node that changes faster than the tree can show it fills no queue.
     {
-        const QMutexLocker pendingLock(&tree->m_pendingMutex);
+        const std::lock_guard pendingLock(tree->m_pendingMutex);
         if (!tree->m_pending.insert(node).second) {
             return;
         }
@@ -566,7 +565,7 @@ void wFeatureTree::Callback(INode* node) {
 }
 
 void wFeatureTree::takePending(INode* node) {
-    const QMutexLocker lock(&m_pendingMutex);
+    const std::lock_guard lock(m_pendingMutex);
     m_pending.erase(node);
 }
 
@@ -601,7 +600,7 @@ void wFeatureTree::GetCategoryNodesList(INodeMap& map, CategoryList& list) {
 }
 
 std::set<gcstring> wFeatureTree::displayNames(const CategoryList& categories) {
-    const QMutexLocker lock(&m_categoryMutex);
+    const std::lock_guard lock(m_categoryMutex);
     std::set<gcstring> names;
     for (const CNodePtr& category : categories) {
         names.insert(category->GetDisplayName());

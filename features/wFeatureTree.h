@@ -7,11 +7,11 @@
 #include "norvane/genapi/GenApi.h"
 #include "norvane/genapi/Prefetch.h"
 
-#include <QMutex>
 #include <QPointer>
 #include <QString>
 
 #include <memory>
+#include <mutex>
 #include <set>
 #include <vector>
 
@@ -111,7 +111,7 @@ private:
     Norvane::CameraPtr m_camera;
     Norvane::InterfacePtr m_interface;
 
-    QMutex m_categoryMutex; ///< guards the four lists
+    std::mutex m_categoryMutex; ///< guards the four lists
     CategoryList m_deviceCategories;
     CategoryList m_tlDeviceCategories;
     CategoryList m_streamCategories;
@@ -122,7 +122,7 @@ private:
     QString m_modelTitle;
     std::unique_ptr<Norvane::GenApi::Prefetch> m_prefetch; ///< while the shown camera is being read
 
-    QMutex m_pendingMutex;
+    std::mutex m_pendingMutex;
     std::set<Norvane::GenApi::INode*> m_pending; ///< on their way to OnNodeChanged
 
     FeatureModel* m_model = nullptr;

@@ -1,7 +1,5 @@
 #include "FirmwareUpdater.h"
 
-#include <QMutexLocker>
-
 #include <atomic>
 
 namespace {
@@ -9,7 +7,7 @@ namespace {
 std::atomic<ShowProgressFunction> showProgress{nullptr};
 
 struct LastAction {
-    QMutex mutex;
+    std::mutex mutex;
     QString text;
 };
 
@@ -24,7 +22,7 @@ FirmwareUpdater::FirmwareUpdater(QWidget* owner) : m_owner(owner) {}
 
 void FirmwareUpdater::startFirmwareUpdate(const QString&, const QString&) {
     emit toggleProgressView(true);
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
 }
 
 void SetShowProgressFunction(ShowProgressFunction function) {
@@ -33,14 +31,14 @@ void SetShowProgressFunction(ShowProgressFunction function) {
 
 QString LastFirmwareAction() {
     LastAction& last = lastAction();
-    const QMutexLocker lock(&last.mutex);
+    const std::lock_guard lock(last.mutex);
     return last.text;
 }
 
 int ProgressCallbackFcn(const char* action, unsigned int percent, int a, int b) {
     if (action) {
         LastAction& last = lastAction();
-        const QMutexLocker lock(&last.mutex);
+        const std::lock_guard lock(last.mutex);
         if (!last.text.toUtf8().contains(action[0])) {
             last.text = QString::fromUtf8(action);
         }

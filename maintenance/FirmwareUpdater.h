@@ -1,10 +1,11 @@
 #pragma once
 
-#include <QMutex>
 #include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QWidget>
+
+#include <mutex>
 
 /// The worker behind the firmware dialog. Made by the dialog and moved to the dialog's thread, which deletes
 /// it when it finishes; the owner widget is only remembered for a transfer that wants to report to it.
@@ -27,7 +28,7 @@ signals:
     void toggleProgressView(bool show);
 
 private:
-    QMutex m_mutex; ///< keeps two updates from overlapping
+    std::mutex m_mutex; ///< keeps two updates from overlapping
     QPointer<QWidget> m_owner;
 };
 

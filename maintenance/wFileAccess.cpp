@@ -12,8 +12,6 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMutex>
-#include <QMutexLocker>
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
@@ -27,6 +25,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <mutex>
 
 using namespace Norvane::GenApi;
 
@@ -42,7 +41,7 @@ constexpr std::int64_t kLargestFile = std::numeric_limits<int>::max() - 64;
 
 /// The tabs that a node callback, which knows only its node, reports to.
 struct Listeners {
-    QMutex mutex;
+    std::mutex mutex;
     std::vector<wFileAccess*> tabs;
 };
 
@@ -103,14 +102,14 @@ wFileAccess::wFileAccess(QWidget* parent) : FileAccessTab(parent) {
     connect(m_writeToDdr, SIGNAL(stateChanged(int)), this, SLOT(OnWriteToDDRCheckBoxChanged(int)));
 
     Listeners& all = listeners();
-    const QMutexLocker lock(&all.mutex);
+    const std::lock_guard lock(all.mutex);
     all.tabs.push_back(this);
 }
 
 wFileAccess::~wFileAccess() {
     deinitializeValues();
     Listeners& all = listeners();
-    const QMutexLocker lock(&all.mutex);
+    const std::lock_guard lock(all.mutex);
     all.tabs.erase(std::remove(all.tabs.begin(), all.tabs.end(), this), all.tabs.end());
 }
 
@@ -163,7 +162,7 @@ void wFileAccess::setupWidgets() {
 
 void wFileAccess::Callback(INode* node) {
     Listeners& all = listeners();
-    const QMutexLocker lock(&all.mutex);
+    const std::lock_guard lock(all.mutex);
     for (wFileAccess* tab : all.tabs) {
         emit tab->NodeUpdated(node);
     }
