@@ -40,6 +40,7 @@ AravisDevice::AravisDevice(const DeviceTarget& target)
     }
     const auto opening = std::make_shared<Opening>();
     auto work = [opening, life = m_life, where = m_target] {
+        auto watch = std::make_shared<ControlWatch>(life);
         GErrorHolder error;
         ArvDevice* device = nullptr;
         if (where.technology == Technology::GigEVision) {
@@ -54,6 +55,7 @@ AravisDevice::AravisDevice(const DeviceTarget& target)
             throw Exception(error.Code() == Error::InvalidId ? Error::Io : error.Code(),
                             where.label + ": cannot be opened: " + error.Text());
         }
+        auto opened = std::make_shared<OpenedDevice>(std::move(owner), std::move(watch));
         if (where.technology == Technology::GigEVision) {
             opening->controller = arv_gv_device_is_controller(ARV_GV_DEVICE(device));
             if (opening->controller) {
@@ -64,7 +66,7 @@ AravisDevice::AravisDevice(const DeviceTarget& target)
         if (const char* text = arv_device_get_genicam_xml(device, &size)) {
             opening->description.assign(text, size);
         }
-        opening->device = std::make_shared<OpenedDevice>(std::move(owner), life);
+        opening->device = std::move(opened);
     };
     Run("opening", std::move(work), kOpenLimit);
     m_opened = std::move(opening->device);

@@ -1,19 +1,18 @@
 #pragma once
 
-#include "transport/aravis/DeviceLife.h"
+#include "transport/aravis/ControlWatch.h"
 #include "transport/aravis/GObjectPtr.h"
 
 #include <memory>
 
 namespace Norvane::Transport {
 
-/// Aravis's device with the connection of its control-lost signal. Streams hold it too, as they need the
-/// device to their end. The last owner must let go on the device's worker: closing talks to the camera.
+/// Aravis's device, which is watched for a loss of control. Streams hold it too, as they need the device to
+/// their end. The last owner must let go on the device's worker: closing talks to the camera.
 class OpenedDevice {
 public:
-    OpenedDevice(GObjectPtr<ArvDevice> device, std::shared_ptr<DeviceLife> life);
-    /// The signal is emitted on Aravis's heartbeat thread, which holds the device meanwhile. Were it the last
-    /// to let go, it would wait for its own end; so this waits until nobody else holds the device.
+    /// @param watch  made before the device was opened.
+    OpenedDevice(GObjectPtr<ArvDevice> device, std::shared_ptr<ControlWatch> watch);
     ~OpenedDevice();
     OpenedDevice(const OpenedDevice&) = delete;
     OpenedDevice& operator=(const OpenedDevice&) = delete;
@@ -22,7 +21,7 @@ public:
 
 private:
     GObjectPtr<ArvDevice> m_device;
-    gulong m_handler;
+    std::shared_ptr<ControlWatch> m_watch;
 };
 
 } // namespace Norvane::Transport
