@@ -13,6 +13,7 @@
 #include "wPropertyDialog.h"
 
 #include <QAction>
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMenu>
@@ -252,6 +253,14 @@ bool wDeviceList::eventFilter(QObject* watched, QEvent* event) {
         QTreeWidgetItem* row = m_tree->currentItem();
         if (row && (key == Qt::Key_Return || key == Qt::Key_Enter)) {
             OnItemClicked(row, DeviceRow::NameColumn);
+            return true;
+        }
+    }
+    if (watched == m_tree && event->type() == QEvent::ContextMenu) {
+        QTreeWidgetItem* row = m_tree->currentItem();
+        if (row && static_cast<QContextMenuEvent*>(event)->reason() == QContextMenuEvent::Keyboard) {
+            // Qt would ask for whatever row lies in the middle of the list.
+            OnCustomContextMenu(m_tree->visualItemRect(row).center());
             return true;
         }
     }
