@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QContextMenuEvent>
 #include <QFile>
 #include <QFontDatabase>
 #include <QIcon>
@@ -20,6 +21,7 @@
 #include <QResizeEvent>
 #include <QScreen>
 #include <QSettings>
+#include <QShortcut>
 #include <QStyle>
 #include <QTimer>
 
@@ -78,6 +80,7 @@ NorSimpleGUI_QT::NorSimpleGUI_QT(QWidget* parent)
         m_surveyOffered = false;
         CountStart();
         ConnectDocks();
+        SetupMenuKey();
     });
 }
 
@@ -434,6 +437,28 @@ void NorSimpleGUI_QT::closeEvent(QCloseEvent* event) {
     }
     QApplication::closeAllWindows();
     event->accept();
+}
+
+void NorSimpleGUI_QT::SetupMenuKey() {
+    // Qt knows the Menu key only, which many keyboards lack.
+    auto* key = new QShortcut(QKeySequence(QStringLiteral("Shift+F10")), this);
+    key->setContext(Qt::ApplicationShortcut);
+    connect(key, &QShortcut::activated, this, [this] {
+        QWidget* widget = QApplication::focusWidget() ? QApplication::focusWidget() : this;
+        const QPoint place = widget->inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, place, widget->mapToGlobal(place));
+        QApplication::sendEvent(widget, &event);
+    });
+}
+
+void NorSimpleGUI_QT::contextMenuEvent(QContextMenuEvent* event) {
+    if (event->reason() != QContextMenuEvent::Keyboard) {
+        QMainWindow::contextMenuEvent(event);
+        return;
+    }
+    QMenu* menu = createPopupMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(event->globalPos());
 }
 
 QMenu* NorSimpleGUI_QT::createPopupMenu() {

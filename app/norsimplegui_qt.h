@@ -73,6 +73,8 @@ protected:
     /// The first time, lists the cameras again: those that answer late are not in the list made at start-up.
     void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    /// Asked for by key, the menu opens whatever has the focus; Qt looks where the pointer would be.
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     void InitNorInstance();
@@ -82,6 +84,7 @@ private:
     void SetupDocumentationMenu();
     void SetupDeviceList();
     void SetupFeaturesWindow();
+    void SetupMenuKey();
     void LoadStyleSheet();
     void ConnectDocks();
     void CountStart();

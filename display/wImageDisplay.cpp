@@ -180,6 +180,7 @@ void wImageDisplay::setupImageArea() {
     m_glDisplay->changeInferenceEnabledStatus(m_showInferenceLabel);
 
     m_scrollArea = new ImageScrollArea(m_imageArea);
+    m_scrollArea->setAccessibleName(tr("Image"));
     m_scrollArea->setFrameShape(QFrame::NoFrame);
     m_scrollArea->setAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
     m_scrollArea->setWidgetResizable(true);

@@ -150,6 +150,7 @@ void addNumberRows(Number& node, QTreeWidgetItem& top) {
 wPrmDialog::wPrmDialog(QWidget* parent) : QDialog(parent), m_ui(std::make_unique<Ui_wPrmDialog>()) {
     m_ui->setupUi(this);
     m_ui->prmTreeWidget->setColumnWidth(0, 200);
+    m_ui->prmTreeWidget->setAccessibleName(tr("Node attributes"));
 }
 
 wPrmDialog::~wPrmDialog() = default;

@@ -118,11 +118,13 @@ void wFileAccess::setupWidgets() {
     auto* scrollArea = new QScrollArea(this);
     scrollArea->setFrameShape(QFrame::NoFrame);
     scrollArea->setWidgetResizable(true);
+    scrollArea->setFocusPolicy(Qt::NoFocus); // it follows the focus of what it holds
     auto* container = new QWidget;
     m_fileSelector = new QComboBox;
     m_fileSelector->setObjectName(QStringLiteral("m_fileSelector"));
     m_fileSelector->setToolTip(tr("Selects which file is being operated on"));
     m_fileSelector->setStyleSheet(QStringLiteral("QComboBox { border: 1px solid gray; background: white;} "
+                                                 "QComboBox:focus { border-color: #2f7fd6; } "
                                                  "QComboBox QAbstractItemView { background: white; }"));
     m_buttonUpload = new QPushButton(tr("Upload"));
     m_buttonUpload->setObjectName(QStringLiteral("m_buttonUpload"));

@@ -1,5 +1,6 @@
 #include "EmulatorFixture.h"
 
+#include "FeatureTreeView.h"
 #include "SettingsFile.h"
 #include "StartUp.h"
 #include "norsimplegui_qt.h"
@@ -9,11 +10,13 @@
 #include <QAbstractItemView>
 #include <QAbstractSpinBox>
 #include <QAccessible>
+#include <QApplication>
 #include <QComboBox>
 #include <QFile>
 #include <QFontDialog>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QMenu>
 #include <QProgressBar>
 #include <QSlider>
 #include <QTabBar>
@@ -39,7 +42,8 @@ bool isControl(const QWidget* widget) {
            (qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget) ||
             qobject_cast<const QLineEdit*>(widget) || qobject_cast<const QAbstractSpinBox*>(widget) ||
             qobject_cast<const QAbstractItemView*>(widget) || qobject_cast<const QSlider*>(widget) ||
-            qobject_cast<const QProgressBar*>(widget));
+            qobject_cast<const QProgressBar*>(widget) ||
+            ((widget->focusPolicy() & Qt::TabFocus) && !widget->focusProxy()));
 }
 
 /// The controls of our windows; Qt's own dialogs are Qt's matter.
@@ -107,6 +111,17 @@ TEST_F(AccessibilityTest, EveryControlHasANameAndAKeyboard) {
     window.Initialize();
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    // Docks that were closed come back without a pointer, and on keyboards without a Menu key.
+    window.activateWindow();
+    auto* refresh = window.findChild<QToolButton*>("actionRefresh");
+    refresh->setFocus();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    QTest::keyClick(refresh, Qt::Key_F10, Qt::ShiftModifier);
+    const auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(menu->actions().value(0)->text(), "Device List");
+    QApplication::activePopupWidget()->close();
+
     auto* list = window.findChild<wDeviceList*>();
     auto* tree = list->findChild<QTreeWidget*>("treeWidget");
     const auto row = [&] { return tree->findItems("11", Qt::MatchExactly | Qt::MatchRecursive, 1).value(0); };
@@ -118,6 +133,10 @@ TEST_F(AccessibilityTest, EveryControlHasANameAndAKeyboard) {
         button->click();
         QCoreApplication::processEvents();
     }
+    auto* features = window.findChild<FeatureTreeView*>();
+    features->setFocus();
+    QTest::keyClick(features, Qt::Key_Home);
+    QTest::keyClick(features, Qt::Key_Return, Qt::AltModifier);
     EXPECT_EQ(namelessControls(window).join('\n').toStdString(), "");
     EXPECT_EQ(muteOrUnreachableButtons(window).join('\n').toStdString(), "");
 }
