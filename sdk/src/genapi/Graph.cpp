@@ -12,6 +12,10 @@ void ToStarts(std::pmr::vector<std::uint32_t>& counts) {
     std::exclusive_scan(counts.begin(), counts.end(), counts.begin(), 0u);
 }
 
+bool IsValue(std::uint32_t vertex) {
+    return static_cast<Facet>(vertex % kFacets) == Facet::Value;
+}
+
 } // namespace
 
 void Graph::Build(std::uint32_t vertices, const std::vector<Edge>& edges) {
@@ -47,6 +51,7 @@ std::vector<Graph::Trouble> Graph::Sort() {
     std::vector<std::uint32_t> number(count, kNew);
     std::vector<std::uint32_t> low(count, 0);
     std::vector<std::uint16_t> depth(count, 0);
+    std::vector<std::uint32_t> reads(count, 1);
     std::vector<std::uint8_t> open(count, 0);
     std::vector<std::uint32_t> component;
     std::vector<Frame> frames;
@@ -62,23 +67,30 @@ std::vector<Graph::Trouble> Graph::Sort() {
     const auto close = [&](std::uint32_t vertex) {
         bool selfLoop = false;
         std::uint32_t deepest = 0;
+        std::uint64_t needed = 1;
         for (auto i = m_outStart[vertex]; i != m_outStart[vertex + 1]; ++i) {
             const std::uint32_t to = m_out[i].vertex;
             selfLoop = selfLoop || to == vertex;
             deepest = std::max<std::uint32_t>(deepest, depth[to] + 1u);
+            // A fresh value asks for fresh values below it, whatever is cached.
+            needed += !m_cachable[to] || (IsValue(vertex) && IsValue(to)) ? reads[to] : 1;
             m_cachable[vertex] = m_cachable[vertex] && m_cachable[to];
         }
         if (component.back() == vertex && !selfLoop) {
             component.pop_back();
             open[vertex] = 0;
-            if (deepest > kLongestChain) {
-                troubles.push_back({{vertex}, false});
+            if (deepest > kLongestChain || needed > kMostReads) {
+                troubles.push_back(
+                    {{vertex},
+                     deepest > kLongestChain ? Trouble::Kind::LongChain : Trouble::Kind::ManyReads});
                 deepest = 0; // a broken node reads nothing
+                needed = 1;
             }
             depth[vertex] = static_cast<std::uint16_t>(deepest);
+            reads[vertex] = static_cast<std::uint32_t>(needed);
             return;
         }
-        Trouble cycle{{}, true};
+        Trouble cycle{{}, Trouble::Kind::Cycle};
         std::uint32_t member = 0;
         do {
             member = component.back();

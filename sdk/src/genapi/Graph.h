@@ -35,13 +35,18 @@ public:
 /// change reaches. Built once; the traversal's marks are guarded by the map's lock.
 class Graph {
 public:
-    /// A group of facets that depend on one another, or a facet at the end of a chain that is too long.
+    /// A group of facets that depend on one another, a facet at the end of a chain that is too long, or one
+    /// whose calculation asks other nodes too often.
     struct Trouble {
+        enum class Kind : std::uint8_t { Cycle, LongChain, ManyReads };
         std::vector<std::uint32_t> vertices;
-        bool cycle;
+        Kind kind;
     };
     /// Longer chains than this would endanger the stack, and come from no camera.
     static constexpr std::uint32_t kLongestChain = 250;
+    /// More reads than this for one value would take seconds, and come from no camera: where each of sixty
+    /// formulas reads the one before it twice and nothing is cached, they are beyond counting.
+    static constexpr std::uint32_t kMostReads = 1'000'000;
 
     /// @param memory  for what Build and AddTriggers make; must outlive the object.
     explicit Graph(std::pmr::memory_resource& memory)

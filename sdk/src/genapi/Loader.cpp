@@ -238,15 +238,23 @@ void Loader::ReportTrouble(const Graph::Trouble& trouble) {
         }
     }
     std::string what;
-    if (trouble.cycle) {
+    switch (trouble.kind) {
+    case Graph::Trouble::Kind::Cycle: {
         constexpr std::size_t kNamed = 8;
         for (std::size_t i = 0; i < std::min(nodes.size(), kNamed); ++i) {
             what += nodes[i]->Name() + " -> ";
         }
         what = "they depend on one another: " + what + (nodes.size() > kNamed ? "... -> " : "") +
                nodes[0]->Name();
-    } else {
+        break;
+    }
+    case Graph::Trouble::Kind::LongChain:
         what = "it stands at the end of more than " + std::to_string(Graph::kLongestChain) + " references";
+        break;
+    case Graph::Trouble::Kind::ManyReads:
+        what =
+            "its value would take more than " + std::to_string(Graph::kMostReads) + " reads of other nodes";
+        break;
     }
     bool known = true;
     for (Node* node : nodes) {

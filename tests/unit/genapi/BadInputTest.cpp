@@ -166,6 +166,33 @@ TEST(BadInput, DepthIsNoDanger) {
     EXPECT_EQ(t.Int("Deep")->GetValue(), 3);
 }
 
+// Each of sixty nodes asks the one before it twice and nothing is cached: calculated one by one, the last
+// would need 2^60 reads.
+TEST(BadInput, ReadsBeyondCountingAreRefused) {
+    std::string values = Reg("V0", 0, "<Cachable>NoCache</Cachable>");
+    std::string gates = Reg("G0", 4, "<Cachable>NoCache</Cachable>");
+    for (int i = 1; i <= 60; ++i) {
+        const std::string number = std::to_string(i), before = std::to_string(i - 1);
+        values += "<IntSwissKnife Name=\"V" + number + "\"><pVariable Name=\"A\">V" + before +
+                  "</pVariable><pVariable Name=\"B\">V" + before +
+                  "</pVariable><Formula>A+B</Formula>"
+                  "</IntSwissKnife>";
+        gates += "<IntSwissKnife Name=\"G" + number + "\"><pIsImplemented>G" + before +
+                 "</pIsImplemented><pIsAvailable>G" + before + "</pIsAvailable><pVariable Name=\"A\">G" +
+                 before + "</pVariable><Formula>A</Formula></IntSwissKnife>";
+    }
+    const LogLines log;
+    TestMap t(values + gates);
+    t.port->Poke(0, 3);
+    t.port->Poke(4, 1);
+    EXPECT_EQ(t.Int("V10")->GetValue(), 3 * 1024);
+    EXPECT_EQ(t.Int("G5")->GetValue(), 1);
+    EXPECT_EQ(t.Access("V60"), NA);
+    EXPECT_EQ(t.Access("G60"), NA);
+    EXPECT_EQ(log.Count({"V19 is not available: its value would take more than 1000000 reads"}), 1)
+        << log.All();
+}
+
 TEST(BadInput, DivisionByZeroIsAnErrorOfTheMoment) {
     TestMap t(
         Reg("D", 0) +
