@@ -85,9 +85,7 @@ bool BooleanNode::Compute(bool fresh) {
 
 std::int64_t BooleanNode::ReadInteger(bool fresh) {
     if (!fresh && Has(kValue)) {
-        if (Auditing()) {
-            Audit(Compute(true) == m_value);
-        }
+        AuditCache(Facet::Value, [&] { return Compute(true) == m_value; });
         return m_value;
     }
     RequireSound();

@@ -176,9 +176,7 @@ IEnumEntry* EnumerationNode::GetCurrentEntry(bool verify, bool ignoreCache) {
 
 std::int64_t EnumerationNode::ReadInteger(bool fresh) {
     if (!fresh && Has(kValue)) {
-        if (Auditing()) {
-            Audit(m_source.Read(true) == m_value);
-        }
+        AuditCache(Facet::Value, [&] { return m_source.Read(true) == m_value; });
         return m_value;
     }
     RequireSound();

@@ -135,9 +135,7 @@ bool Same(double left, double right) {
 
 double FloatBase::ReadFloat(bool fresh) {
     if (!fresh && Has(kValue)) {
-        if (Auditing()) {
-            Audit(Same(ComputeFloat(true), m_value));
-        }
+        AuditCache(Facet::Value, [&] { return Same(ComputeFloat(true), m_value); });
         return m_value;
     }
     RequireSound();
@@ -154,9 +152,7 @@ std::int64_t FloatBase::ReadInteger(bool fresh) {
 
 double FloatBase::Cache(double& place, Cached flag, double (FloatBase::*compute)()) {
     if (Has(flag)) {
-        if (Auditing()) {
-            Audit(Same((this->*compute)(), place));
-        }
+        AuditCache(Facet::Range, [&] { return Same((this->*compute)(), place); });
         return place;
     }
     RequireSound();

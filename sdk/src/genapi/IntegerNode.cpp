@@ -103,9 +103,7 @@ void IntegerBase::ImposeMax(std::int64_t value) {
 
 std::int64_t IntegerBase::ReadInteger(bool fresh) {
     if (!fresh && Has(kValue)) {
-        if (Auditing()) {
-            Audit(ComputeInteger(true) == m_value);
-        }
+        AuditCache(Facet::Value, [&] { return ComputeInteger(true) == m_value; });
         return m_value;
     }
     RequireSound();
@@ -122,9 +120,7 @@ void IntegerBase::WriteFloat(double value) {
 
 std::int64_t IntegerBase::Cache(std::int64_t& place, Cached flag, std::int64_t (IntegerBase::*compute)()) {
     if (Has(flag)) {
-        if (Auditing()) {
-            Audit((this->*compute)() == place);
-        }
+        AuditCache(Facet::Range, [&] { return (this->*compute)() == place; });
         return place;
     }
     RequireSound();

@@ -150,10 +150,10 @@ bool Node::Auditing() const {
     return m_map.Auditing();
 }
 
-void Node::Audit(bool same) const {
+void Node::CountAudit(Facet facet, bool same) const {
     auto& audit = *m_map.Options().cacheAudit;
     ++audit.reads;
-    if (!same) {
+    if (!same && !m_map.Moves(Vertex(facet))) {
         ++audit.differences;
         Log(LogLevel::Warning, Name() + ": the cached state is not what the port holds now");
     }
@@ -183,9 +183,7 @@ EAccessMode Node::Access() {
 
 EAccessMode Node::Presence() {
     if (Has(kPresence)) {
-        if (m_map.Auditing()) {
-            Audit(ComputePresence() == PresenceIn(m_cached));
-        }
+        AuditCache(Facet::Presence, [&] { return ComputePresence() == PresenceIn(m_cached); });
         return PresenceIn(m_cached);
     }
     const auto epoch = EpochNow();
@@ -197,9 +195,7 @@ EAccessMode Node::Presence() {
 
 bool Node::Locked() {
     if (Has(kLock)) {
-        if (Auditing()) {
-            Audit(ComputeLocked() == ((m_cached & kLockedBit) != 0));
-        }
+        AuditCache(Facet::Lock, [&] { return ComputeLocked() == ((m_cached & kLockedBit) != 0); });
         return m_cached & kLockedBit;
     }
     const auto epoch = EpochNow();

@@ -180,8 +180,17 @@ protected:
     void Keep(Cached what, Facet facet, std::uint64_t epoch);
     std::uint64_t EpochNow() const;
     std::pmr::memory_resource& Buffers() const;
-    bool Auditing() const;
-    void Audit(bool same) const;
+    /// In a map that is audited: asks whether what is cached of a facet is what reading it now would give.
+    template <class IsSame>
+    void AuditCache(Facet facet, IsSame&& isSame) const {
+        if (Auditing()) {
+            try {
+                CountAudit(facet, isSame());
+            } catch (const Exception&) {
+                // The camera is closed or does not answer; what is cached stays what it was then.
+            }
+        }
+    }
 
     /// What the kind adds to implemented, available and imposed.
     virtual EAccessMode KindPresence() { return RO; }
@@ -203,6 +212,8 @@ protected:
 
 private:
     friend class Loader;
+    bool Auditing() const;
+    void CountAudit(Facet facet, bool same) const;
     [[noreturn]] void FailBroken() const;
     EAccessMode ComputePresence();
     bool ComputeLocked();

@@ -64,6 +64,8 @@ public:
 
     const NodeMapOptions& Options() const { return m_options; }
     bool Auditing() const { return m_options.cacheAudit != nullptr; }
+    /// Whether a facet comes from what is polled because the camera changes it by itself.
+    bool Moves(std::uint32_t vertex);
     /// Grows whenever something cached is forgotten or could not be read, and never repeats.
     std::uint64_t Epoch() const { return m_epoch; }
     std::uint64_t NextEpoch() { return ++m_epoch; }
@@ -150,6 +152,7 @@ private:
         std::int64_t elapsed;
     };
     std::vector<Polled> m_polled;
+    std::vector<bool> m_moves; ///< by vertex; empty before the first question
     CopiesWritten m_copying;
 };
 

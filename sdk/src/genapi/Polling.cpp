@@ -33,6 +33,21 @@ void NodeMap::Poll(std::int64_t elapsedMs) {
     }
 }
 
+bool NodeMap::Moves(std::uint32_t vertex) {
+    if (m_moves.empty()) {
+        m_moves.resize(m_nodes.size() * kFacets);
+        std::vector<std::uint32_t> sources;
+        for (const Polled& polled : m_polled) {
+            for (const auto source : m_graph.ContentOf(polled.node->Vertex(Facet::Value), m_nodes)) {
+                sources.push_back(source);
+                m_moves[source] = true;
+            }
+        }
+        m_graph.Dependents(sources, [this](std::uint32_t dependent) { m_moves[dependent] = true; });
+    }
+    return m_moves[vertex];
+}
+
 bool NodeMap::PollNode(Node& node, std::uint64_t since) {
     try {
         if (node.PollingBlocked() || !IsAvailable(node.Presence())) {

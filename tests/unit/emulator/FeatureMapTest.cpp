@@ -95,7 +95,7 @@ TEST_P(FeatureMapTest, CachedValuesAreWhatTheRegistersHold) {
     const auto features = Features(*map);
     const auto audit = [&](const std::string& after) {
         for (INode* node : features) {
-            const auto before = cache.differences;
+            const std::uint64_t before = cache.differences;
             if (IsReadable(node->GetAccessMode()) && kMoving.count(node->GetName().str()) == 0) {
                 const CValuePtr value = node;
                 const std::string cached = value->ToString().str();

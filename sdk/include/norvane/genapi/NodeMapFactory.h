@@ -2,6 +2,7 @@
 
 #include "norvane/genapi/INodeMap.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -28,10 +29,10 @@ public:
     virtual void Write(const void* buffer, std::int64_t address, std::int64_t length) = 0;
 };
 
-/// What NodeMapOptions::cacheAudit counts.
+/// What NodeMapOptions::cacheAudit counts. May serve several maps and be looked at by any thread.
 struct CacheAudit {
-    std::uint64_t reads = 0;       ///< cached values that were read again
-    std::uint64_t differences = 0; ///< of those, how many differed from the cache
+    std::atomic<std::uint64_t> reads = 0;       ///< cached values that were read again
+    std::atomic<std::uint64_t> differences = 0; ///< of those, how many differed from the cache
 };
 
 /// What a node map is told beside its description and port.
@@ -44,7 +45,9 @@ struct NodeMapOptions {
     /// Called after an operation on the map has marked nodes as changed and its callbacks have run; null for
     /// none.
     std::function<void()> onChanged;
-    /// Re-reads the port whenever a cached value is used, and counts differences; for tests.
+    /// Re-reads the port whenever a cached value is used, counts differences and writes a log line for each,
+    /// except of what is polled because it moves by itself; for tests, and for cameras whose description is
+    /// in doubt. Null for none; must outlive the map.
     CacheAudit* cacheAudit = nullptr;
 };
 
