@@ -209,16 +209,17 @@ TEST_F(DisplayRecordingTest, RecordsAVideoUntilStoppedAndThenAnother) {
 }
 
 TEST_F(DisplayRecordingTest, LeavingWithAFullBufferKeepsTheWindowFreeAndEveryImage) {
-    OpenRecorder("width = 640\nheight = 480\nframe-rate = 200\n"); // faster than images are packed
+    OpenRecorder("width = 1600\nheight = 1200\nframe-rate = 200\n"); // much faster than images are packed
     m_hands->Get<QComboBox>("comboBox_ImageFormat")->setCurrentText("PNG");
-    m_hands->Enter("editBox_FramesToGrab", "15");
+    m_hands->Enter("editBox_FramesToGrab", "40");
     StreamUntilShown();
     m_hands->Press("button_StartRecord");
     ASSERT_SOON(m_hands->Count("label_RemainingImages").toInt() >= 5);
     m_display->deleteWhenWritten();
     int buffered = m_hands->Count("label_BufferedImages").toInt();
     EXPECT_LT(Files("*.png").size(), buffered);
-    EXPECT_SOON(m_hands->Get<QPushButton>("button_StopRecord")->text() == "Abort Saving");
+    ASSERT_SOON(!m_display || m_hands->Get<QPushButton>("button_StopRecord")->text() == "Abort Saving");
+    ASSERT_TRUE(m_display) << "it left before its buffer was empty, or was too fast";
     EXPECT_SOON([&] {
         buffered = m_display ? m_hands->Count("label_BufferedImages").toInt() : buffered;
         return !m_display;
