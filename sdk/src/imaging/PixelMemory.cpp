@@ -1,7 +1,7 @@
 #include "imaging/PixelMemory.h"
 
 #include "base/Mutex.h"
-
+#include "imaging/HugePages.h"
 #include "norvane/Exception.h"
 
 #include <algorithm>
@@ -9,13 +9,10 @@
 #include <string>
 #include <vector>
 
-#include <sys/mman.h>
-
 namespace Norvane::Imaging {
 namespace {
 
 constexpr std::size_t kAlignment = 4096;
-constexpr std::size_t kHugePage = std::size_t{2} << 20;
 constexpr std::size_t kMostKeptBytes = std::size_t{128} << 20;
 constexpr std::size_t kMostKeptBlocks = 8;
 
@@ -24,12 +21,30 @@ struct Block {
     std::size_t size;
 };
 
+bool IsHuge(std::size_t size) {
+    return size >= kHugePage;
+}
+
+/// @param size  as AllocatePixels rounds it.
+std::uint8_t* NewBlock(std::size_t size) {
+    return static_cast<std::uint8_t*>(IsHuge(size) ? MapHugePages(size)
+                                                   : std::aligned_alloc(kAlignment, size));
+}
+
+void FreeBlock(const Block& block) {
+    if (IsHuge(block.size)) {
+        UnmapHugePages(block.memory, block.size);
+    } else {
+        std::free(block.memory);
+    }
+}
+
 /// Blocks that nobody uses, the latest at the back.
 class Store {
 public:
     ~Store() {
         for (const Block& block : m_blocks) {
-            std::free(block.memory);
+            FreeBlock(block);
         }
     }
 
@@ -59,7 +74,7 @@ public:
             }
         }
         for (const Block& old : tooMany) {
-            std::free(old.memory);
+            FreeBlock(old);
         }
     }
 
@@ -79,14 +94,11 @@ const std::shared_ptr<Store>& TheStore() {
 
 std::shared_ptr<std::uint8_t> AllocatePixels(std::size_t size) {
     const std::shared_ptr<Store>& store = TheStore();
-    const std::size_t unit = size >= kHugePage ? kHugePage : kAlignment;
+    const std::size_t unit = IsHuge(size) ? kHugePage : kAlignment;
     const std::size_t rounded = (std::max<std::size_t>(size, 1) + unit - 1) / unit * unit;
     std::uint8_t* memory = size <= SIZE_MAX - unit ? store->Take(rounded) : nullptr;
     if (!memory && size <= SIZE_MAX - unit) {
-        memory = static_cast<std::uint8_t*>(std::aligned_alloc(unit, rounded));
-        if (memory && unit == kHugePage) {
-            madvise(memory, rounded, MADV_HUGEPAGE);
-        }
+        memory = NewBlock(rounded);
     }
     if (!memory) {
         throw Exception(Error::OutOfMemory, "No memory for an image of " + std::to_string(size) + " bytes");
