@@ -1,12 +1,14 @@
-/// Tells the thread sanitizer of the order that Qt's event queues make, whose locks are atomics inside a
-/// library that is not instrumented: what a thread does before it emits a signal, receives an event, has
-/// another thread call something or tells it to end comes before what any thread does with the next event
-/// that it receives. All queues count as one, so the sanitizer may believe in an order that is not there;
-/// without this, it reports each object that changes hands by a queue. Linked into the programs with widgets
-/// of a build with the thread sanitizer.
+/// Tells the thread sanitizer of the order that Qt's queues make, whose locks are atomics inside a library
+/// that is not instrumented: what a thread does before it emits a signal, receives an event, has another
+/// thread call something, gives the pool a task or tells a thread to end comes before what any thread does
+/// with the next event or task that it receives. All queues count as one, so the sanitizer may believe in an
+/// order that is not there; without this, it reports each object that changes hands by a queue. Linked into
+/// the programs with widgets of a build with the thread sanitizer.
 
 #include <QObject>
+#include <QRunnable>
 #include <QThread>
+#include <QThreadPool>
 
 #include <cstdlib>
 #include <dlfcn.h>
@@ -53,9 +55,26 @@ Function* behind(const char* name) {
     return reinterpret_cast<Function*>(function);
 }
 
+/// A task in the place of the one that the pool was given.
+class OrderedTask : public QRunnable {
+public:
+    explicit OrderedTask(QRunnable* task) : m_task(task) {}
+    void run() override {
+        __tsan_acquire(&allQueues);
+        const bool isOurs = m_task->autoDelete(); // one that is not may be gone once it has run
+        m_task->run();
+        if (isOurs) {
+            delete m_task;
+        }
+    }
+
+private:
+    QRunnable* m_task;
+};
+
 } // namespace
 
-// These two queue without a signal. They take the place of Qt's for the code of this program.
+// These queue without a signal. They take the place of Qt's for the code of this program.
 
 bool QMetaObject::invokeMethodImpl(QObject* object, QtPrivate::QSlotObjectBase* slot, Qt::ConnectionType type,
                                    void* result) {
@@ -70,4 +89,11 @@ void QThread::quit() {
     static auto* const quit = behind<void(QThread*)>("_ZN7QThread4quitEv");
     __tsan_release(&allQueues);
     quit(this);
+}
+
+void QThreadPool::start(QRunnable* task, int priority) {
+    static auto* const start =
+        behind<void(QThreadPool*, QRunnable*, int)>("_ZN11QThreadPool5startEP9QRunnablei");
+    __tsan_release(&allQueues);
+    start(this, new OrderedTask(task), priority);
 }
