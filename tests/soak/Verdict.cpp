@@ -7,16 +7,16 @@
 namespace {
 
 struct Limit {
-    const char* what;
+    std::string what;
     std::function<double(const Sample&)> value;
     /// The last quarter's median may be this share and this much more than the second's.
     double share;
     double slack;
 };
 
-/// Seconds under which a run is mostly warming up: pools and caches fill when the dice first choose what
+/// Actions under which a run is mostly warming up: pools and caches fill when the dice first choose what
 /// needs them.
-constexpr double kShortRun = 600.0;
+constexpr int kShortRun = 5000;
 constexpr double kShortRunSlack = 4.0;
 
 double median(std::vector<double> values) {
@@ -25,28 +25,33 @@ double median(std::vector<double> values) {
     return *middle;
 }
 
+const std::string kResidentMemory = "resident memory, MB";
+
 const std::vector<Limit> kRestLimits{
-    {"resident memory, MB", [](const Sample& s) { return s.holding.residentMb; }, 0.05, 16.0},
+    {kResidentMemory, [](const Sample& s) { return s.holding.residentMb; }, 0.05, 16.0},
     {"heap in use, MB", [](const Sample& s) { return s.holding.heapMb; }, 0.02, 4.0},
     {"threads", [](const Sample& s) { return s.holding.threads; }, 0.0, 0.0},
     {"open files", [](const Sample& s) { return s.holding.files; }, 0.0, 0.0},
 };
 const std::vector<Limit> kBusyLimits{
-    {"resident memory, MB", [](const Sample& s) { return s.holding.residentMb; }, 0.5, 50.0},
+    {kResidentMemory, [](const Sample& s) { return s.holding.residentMb; }, 0.5, 50.0},
     {"threads", [](const Sample& s) { return s.holding.threads; }, 0.5, 10.0},
     {"open files", [](const Sample& s) { return s.holding.files; }, 0.5, 10.0},
     {"longest stall of the user interface, ms", [](const Sample& s) { return s.stallMs; }, 1.0, 100.0},
 };
 
 void judge(const char* when, const std::vector<Sample>& samples, const std::vector<Limit>& limits,
-           std::vector<std::string>& faults) {
+           const Build& build, std::vector<std::string>& faults) {
     const std::size_t quarter = samples.size() / 4;
     if (quarter == 0) {
         faults.push_back(std::string("too few samples ") + when + " to judge by");
         return;
     }
-    const double slackShare = samples.back().seconds < kShortRun ? kShortRunSlack : 1.0;
+    const double slackShare = samples.back().actions < kShortRun ? kShortRunSlack : 1.0;
     for (const Limit& limit : limits) {
+        if (build.keepsNotesOnMemory && limit.what == kResidentMemory) {
+            continue;
+        }
         const auto medianOf = [&](std::size_t first, std::size_t last) {
             std::vector<double> values;
             std::transform(samples.begin() + static_cast<std::ptrdiff_t>(first),
@@ -67,21 +72,21 @@ void judge(const char* when, const std::vector<Sample>& samples, const std::vect
 
 } // namespace
 
-std::vector<std::string> FaultsOf(const std::vector<Sample>& samples, double longestStallMs) {
+std::vector<std::string> FaultsOf(const std::vector<Sample>& samples, const Build& build) {
     std::vector<std::string> faults;
     for (const bool atRest : {true, false}) {
         std::vector<Sample> kind;
         std::copy_if(samples.begin(), samples.end(), std::back_inserter(kind),
                      [&](const Sample& sample) { return sample.isAtRest == atRest; });
-        judge(atRest ? "at rest" : "in use", kind, atRest ? kRestLimits : kBusyLimits, faults);
+        judge(atRest ? "at rest" : "in use", kind, atRest ? kRestLimits : kBusyLimits, build, faults);
     }
     double longest = 0.0;
     for (const Sample& sample : samples) {
         longest = std::max(longest, sample.stallMs);
     }
-    if (longest > longestStallMs) {
+    if (longest > build.longestStallMs) {
         std::ostringstream fault;
-        fault << "the user interface stood still for " << longest << " ms; more than " << longestStallMs
+        fault << "the user interface stood still for " << longest << " ms; more than " << build.longestStallMs
               << " is a hang";
         faults.push_back(fault.str());
     }

@@ -17,6 +17,7 @@ std::vector<Sample> Hour(const std::function<void(Sample&, int)>& change) {
         for (const bool atRest : {false, true}) {
             Sample sample;
             sample.seconds = 60.0 * minute;
+            sample.actions = 500 * minute;
             sample.isAtRest = atRest;
             sample.holding =
                 atRest ? Holding{150.0, 40.0, 12, 30} : Holding{250.0 + 10 * (minute % 7), 90.0, 30, 50};
@@ -30,7 +31,7 @@ std::vector<Sample> Hour(const std::function<void(Sample&, int)>& change) {
 
 TEST(SoakVerdict, TellsLeaksFromChance) {
     const auto faults = [](const std::function<void(Sample&, int)>& change) {
-        return FaultsOf(Hour(change), 3000.0);
+        return FaultsOf(Hour(change), {3000.0});
     };
     EXPECT_THAT(faults([](Sample&, int) {}), IsEmpty());
     EXPECT_THAT(faults([](Sample& s, int minute) { s.holding.heapMb += minute < 15 ? 3.0 * minute : 45.0; }),
@@ -53,13 +54,16 @@ TEST(SoakVerdict, TellsLeaksFromChance) {
         std::vector<Sample> samples =
             Hour([growth](Sample& s, int minute) { s.holding.heapMb += growth * minute; });
         for (Sample& sample : samples) {
-            sample.seconds /= 30.0;
+            sample.actions /= 30;
         }
-        return FaultsOf(samples, 3000.0);
+        return FaultsOf(samples, {3000.0});
     };
     EXPECT_THAT(inTwoMinutes(0.25), IsEmpty()) << "caches still fill";
     EXPECT_THAT(inTwoMinutes(1.0), ElementsAre(HasSubstr("heap in use, MB at rest")));
-    EXPECT_THAT(FaultsOf({}, 1.0).size(), 2U) << "nothing seen is no pass";
+    const auto withShadow = Hour([](Sample& s, int minute) { s.holding.residentMb += 10.0 * minute; });
+    EXPECT_THAT(FaultsOf(withShadow, {3000.0}), ElementsAre(HasSubstr("resident memory, MB at rest")));
+    EXPECT_THAT(FaultsOf(withShadow, {3000.0, true}), IsEmpty());
+    EXPECT_THAT(FaultsOf({}, {1.0}).size(), 2U) << "nothing seen is no pass";
 }
 
 } // namespace

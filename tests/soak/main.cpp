@@ -28,10 +28,12 @@ extern "C" const char* __asan_default_options() {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr double kHangMs = 20'000.0;
+#if defined(__SANITIZE_THREAD__)
+constexpr Build kBuild{20'000.0, true};
+#elif defined(__SANITIZE_ADDRESS__)
+constexpr Build kBuild{20'000.0};
 #else
-constexpr double kHangMs = 3'000.0;
+constexpr Build kBuild{3'000.0};
 #endif
 
 struct Options {
@@ -152,7 +154,7 @@ int main(int argc, char** argv) {
         }
         printRests(session.Samples());
         printStalls(session.Samples());
-        faults = FaultsOf(session.Samples(), kHangMs);
+        faults = FaultsOf(session.Samples(), kBuild);
         faults.insert(faults.end(), session.Faults().begin(), session.Faults().end());
     }
     for (const std::string& fault : faults) {
