@@ -94,6 +94,7 @@ void QThread::quit() {
 void QThreadPool::start(QRunnable* task, int priority) {
     static auto* const start =
         behind<void(QThreadPool*, QRunnable*, int)>("_ZN11QThreadPool5startEP9QRunnablei");
+    auto* const ordered = new OrderedTask(task);
     __tsan_release(&allQueues);
-    start(this, new OrderedTask(task), priority);
+    start(this, ordered, priority);
 }
