@@ -1,6 +1,7 @@
 #include "TestMap.h"
 
 #include <cmath>
+#include <set>
 
 namespace Norvane::GenApi {
 namespace {
@@ -242,6 +243,43 @@ TEST(Kinds, Chunks) {
     AttachChunks(*t.map, {});
     EXPECT_EQ(t.Access("ChunkFrameID"), NA);
     EXPECT_EQ(t.port->reads, 0);
+}
+
+TEST(Kinds, NeighboursOfANode) {
+    TestMap t("<Integer Name=\"Width\"><pIsAvailable>Gate</pIsAvailable><pInvalidator>Binning</pInvalidator>"
+              "<pValue>Scaled</pValue><pMax>Limit</pMax></Integer>"
+              "<IntConverter Name=\"Scaled\"><FormulaTo>FROM</FormulaTo><FormulaFrom>TO</FormulaFrom>"
+              "<pValue>WidthReg</pValue></IntConverter>"
+              "<Integer Name=\"Offset\"><Value>0</Value><pMax>Width</pMax></Integer>"
+              "<Integer Name=\"Binning\"><Value>1</Value></Integer>" +
+              Reg("WidthReg", 0) + Reg("Limit", 4) + Reg("Gate", 8));
+    const auto neighbours = [&](const char* node, ELinkType kind) {
+        node_vector found;
+        t.Get<INode>(node)->GetChildren(found, kind);
+        std::set<std::string> names;
+        for (INode* one : found) {
+            names.insert(one->GetName().str());
+        }
+        return names;
+    };
+    using Names = std::set<std::string>;
+    EXPECT_EQ(neighbours("Width", ctReadingChildren), (Names{"Gate", "Scaled", "Limit"}));
+    EXPECT_EQ(neighbours("Width", ctWritingChildren), Names{"Scaled"});
+    EXPECT_EQ(neighbours("Width", ctParentNodes), Names{"Offset"});
+    EXPECT_EQ(neighbours("Width", ctInvalidatingChildren), Names{"Binning"});
+    EXPECT_EQ(neighbours("Width", ctTerminalNodes), Names{"WidthReg"});
+    EXPECT_EQ(neighbours("WidthReg", ctDependingNodes), (Names{"Scaled", "Width", "Offset"}));
+    EXPECT_EQ(neighbours("Binning", ctDependingNodes).count("Width"), 1U);
+}
+
+TEST(Kinds, MemoryIsZeroUntilWrittenWhereverItLies) {
+    const auto memory = CreateMemoryPort();
+    constexpr std::int64_t kLastOfAPage = 0x7FFFFFFF0FFE;
+    const std::uint32_t written = 0x01020304;
+    memory->Write(&written, kLastOfAPage, 4);
+    std::uint64_t read = ~std::uint64_t{0};
+    memory->Read(&read, kLastOfAPage - 2, 8);
+    EXPECT_EQ(read, std::uint64_t{written} << 16);
 }
 
 TEST(Kinds, WhatADescriptionSaysOfANode) {
