@@ -170,20 +170,37 @@ void CopyBoth(Conversion& c) {
     benchmark::DoNotOptimize(to.data());
 }
 
-/// What a second thread is worth on this machine at this time: work that needs no memory, spread like an
-/// image's rows.
-void SpreadArithmetic(benchmark::State& state) {
-    const auto work = [](unsigned threads) {
+/// What a second thread is worth on this machine at this time to work that is spread like an image's rows.
+void Spread(benchmark::State& state, const std::function<void(std::size_t, std::size_t)>& rows) {
+    const auto work = [&](unsigned threads) {
         Imaging::LimitRowThreads(threads);
-        Imaging::ForRows(kHeight, 32, [](std::size_t first, std::size_t last) {
-            for (std::size_t i = first * 10000; i < last * 10000; ++i) {
-                benchmark::DoNotOptimize(i);
-            }
-        });
+        Imaging::ForRows(kHeight, 32, rows);
         Imaging::LimitRowThreads(0);
     };
     Pair(
-        state, false, [&] { work(2); }, [&] { work(1); });
+        state, true, [&] { work(2); }, [&] { work(1); });
+}
+
+/// The same where work needs no memory.
+void SpreadArithmetic(benchmark::State& state) {
+    Spread(state, [](std::size_t first, std::size_t last) {
+        for (std::size_t i = first * 10000; i < last * 10000; ++i) {
+            benchmark::DoNotOptimize(i);
+        }
+    });
+}
+
+/// The same where work is nothing but memory: a demosaicing's 5 MB of source and 15 MB of target.
+void SpreadCopy(benchmark::State& state) {
+    const Pixels source(kPixels, 1), target(3 * kPixels, 2);
+    Spread(state, [&](std::size_t first, std::size_t last) {
+        for (std::size_t y = first; y < last; ++y) {
+            for (std::size_t plane = 0; plane < 3; ++plane) {
+                std::memcpy(target.data() + (3 * y + plane) * kWidth, source.data() + y * kWidth, kWidth);
+            }
+        }
+        benchmark::DoNotOptimize(target.data());
+    });
 }
 
 std::string TemporaryFile() {
@@ -277,6 +294,7 @@ void RegisterAll() {
                 });
     }
     add("arithmetic/2-threads/1-thread", 15, SpreadArithmetic);
+    add("read-5MB-write-15MB/2-threads/1-thread", 41, SpreadCopy);
     for (const PixelFormatEnums format :
          {PixelFormat_Mono12p, PixelFormat_Mono12Packed, PixelFormat_Mono10p}) {
         for (const PixelFormatEnums target : {PixelFormat_Mono8, PixelFormat_Mono16}) {

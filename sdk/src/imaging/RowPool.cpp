@@ -4,19 +4,24 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <exception>
 #include <thread>
 #include <vector>
 
+#include <hwy/cache_control.h>
+
 namespace Norvane::Imaging {
 namespace {
+
+constexpr std::chrono::microseconds kSpin{200};
 
 /// One call of RunRows, on its caller's stack.
 struct Job {
     RowTask& task;
     const std::size_t rows, band;
     unsigned helpersWanted;
-    unsigned helpersInside = 0;
+    std::atomic<unsigned> helpersInside{0}; ///< changed with the pool's mutex held
     Job* next = nullptr;
     std::atomic<std::size_t> taken{0};
     std::atomic<bool> failed{false};
@@ -38,6 +43,14 @@ struct Job {
                 }
                 taken = rows;
             }
+        }
+    }
+
+    /// The helpers are at their last bands, which are soon done: to fall asleep and be woken takes as long.
+    void AwaitHelpers() const {
+        const auto patience = std::chrono::steady_clock::now() + kSpin;
+        while (helpersInside > 0 && std::chrono::steady_clock::now() < patience) {
+            hwy::Pause();
         }
     }
 };
@@ -77,6 +90,7 @@ public:
             m_wake.notify_all();
         }
         job.Work();
+        job.AwaitHelpers();
         MutexLock lock(m_mutex);
         Remove(job);
         while (job.helpersInside > 0) {
@@ -160,7 +174,7 @@ void RunRows(std::size_t rows, std::size_t grain, RowTask& task) {
         return;
     }
     // Several bands for each thread, so that one that is interrupted holds nobody up for long.
-    const std::size_t band = std::max(grain, (rows + threads * 4 - 1) / (threads * 4));
+    const std::size_t band = std::max(grain, (rows + threads * 8 - 1) / (threads * 8));
     Job job(task, rows, band, threads - 1);
     ThePool().Run(job);
 }
