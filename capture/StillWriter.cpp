@@ -41,7 +41,7 @@ Option within(Option option, unsigned int most) {
 std::string StillWriter::Write(const Norvane::ImagePtr& image, const RecordingSettings& settings) {
     const QByteArray folder = settings.folder.toUtf8();
     const QByteArray stem = QTime::currentTime().toString(QStringLiteral("hh_mm_ss_zzz")).toUtf8();
-    const std::string path = (folder + "/" + stem + extensionOf(settings.imageFormat)).toStdString();
+    std::string path = (folder + "/" + stem + extensionOf(settings.imageFormat)).toStdString();
     Save(image, path.c_str(), settings);
     return path;
 }

@@ -17,7 +17,7 @@ public:
     void Add(std::pmr::memory_resource& arena, const T& element) {
         if (m_size == m_room) {
             m_room = m_room ? 2 * m_room : 1;
-            auto* const first = static_cast<T*>(arena.allocate(m_room * sizeof(T), alignof(T)));
+            T* const first = std::pmr::polymorphic_allocator<T>(&arena).allocate(m_room);
             std::uninitialized_copy_n(m_first, m_size, first);
             m_first = first;
         }

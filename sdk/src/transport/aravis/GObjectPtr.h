@@ -29,7 +29,6 @@ public:
         return &m_error;
     }
     explicit operator bool() const { return m_error != nullptr; }
-    bool Is(GQuark domain, int code) const { return m_error && g_error_matches(m_error, domain, code); }
     std::string Text() const { return m_error ? m_error->message : "no reason given"; }
     /// The library's error for a device error of Aravis.
     Error Code() const;
