@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # What a person pays for a viewer that does nothing yet: the time from its start to the event loop, and the processor
 # time it takes while cameras are listed and none is open.
-# The main window appears 2500 ms (the splash's fixed time) after the timer that main starts just before the event loop,
-# so the time to the window less the splash is the start-up. Needs xvfb-run, xdotool and unshare.
+# The event loop runs when the main thread waits for events with the splash's timer as its limit: Linux tells which call
+# a thread waits in, and its arguments. The window's appearance would tell less, since that timer is a coarse one and may
+# come 125 ms early or late. Needs xvfb-run, xdotool and unshare, and the right to look at the process.
 # Usage: start-and-idle.sh VIEWER [EMULATOR_FILE [SECONDS [RUNS]]]
 set -euo pipefail
 
@@ -26,18 +27,28 @@ now_ms() { echo $(($(date +%s%N) / 1000000)); }
 # Processor time of a process so far, in ms: fields 14 and 15 of stat, after a name that may hold blanks.
 used_ms() { sed 's/.*) //' "/proc/$1/stat" | awk -v hz="$(getconf CLK_TCK)" '{ print int(($12 + $13) * 1000 / hz) }'; }
 
+# Whether the main thread is in poll (call 7 on x86-64) for one to three seconds.
+waits_for_splash() {
+  local call limit _
+  read -r call _ _ limit _ <"/proc/$1/syscall" && [ "$call" = 7 ] && ((limit > 1000 && limit < 3000))
+}
+
 for ((run = 1; run <= runs; ++run)); do
   begin=$(now_ms)
   "$viewer" 2>"$work/stderr" &
   pid=$!
-  until xdotool search --onlyvisible --name '^Tavorin [0-9]' >/dev/null 2>&1; do
+  until waits_for_splash $pid; do
     kill -0 $pid
-    sleep 0.005
+    sleep 0.002
   done
-  echo "start-up beside the splash: $(($(now_ms) - begin - 2500)) ms, processor time until the window: $(used_ms $pid) ms"
+  echo "start to the event loop: $(($(now_ms) - begin)) ms, processor time in it: $(used_ms $pid) ms"
   [ "$run" = "$runs" ] || { kill $pid && wait $pid || true; }
 done
 
+until xdotool search --onlyvisible --name '^Tavorin [0-9]' >/dev/null 2>&1; do
+  kill -0 $pid
+  sleep 0.1
+done
 sleep 5 # the list fills and the window is painted
 before=$(used_ms $pid)
 sleep "$seconds"
