@@ -39,7 +39,8 @@ if(TAVORIN_SANITIZE)
   add_link_options(-fsanitize=${TAVORIN_SANITIZE})
 endif()
 
-# sdk_library(NAME SOURCES ... USES ...): a room of the camera library. Only its own sources see sdk/src.
+# sdk_library(NAME SOURCES ... USES ... PACKAGES ...): a room of the camera library. Only its own sources see sdk/src,
+# and the packages, which pkg-config knows.
 function(sdk_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;USES;PACKAGES" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
@@ -63,9 +64,11 @@ function(widget_library name)
   target_link_libraries(${name} PUBLIC norvane Qt5::Widgets Qt5::Concurrent ${ARG_USES})
 endfunction()
 
-# tavorin_test(NAME SOURCES ... USES ... [UI] [INTERNAL] [AUDIT]): one GoogleTest program and its CTest entry.
-# INTERNAL lets it see sdk/src. AUDIT fails it when a camera's node map has cached what its registers do not
-# hold; the builds with sanitizers go without, where node maps answer as they do for the user. The suite is started by ./dev test, which gives it a screen and a network of its own.
+# tavorin_test(NAME SOURCES ... USES ... [UI] [INTERNAL] [OWN_MAIN] [AUDIT] [TIMEOUT seconds]): one GoogleTest program
+# and its CTest entry. UI is for tests of widgets, INTERNAL lets it see sdk/src, OWN_MAIN says that its sources have a
+# main(). AUDIT fails it when a camera's node map has cached what its registers do not hold; the builds with sanitizers
+# go without, where node maps answer as they do for the user. The suite is started by ./dev test, which gives it a
+# screen and a network of its own.
 function(tavorin_test name)
   cmake_parse_arguments(ARG "UI;INTERNAL;OWN_MAIN;AUDIT" "TIMEOUT" "SOURCES;USES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})

@@ -1,7 +1,7 @@
 // Prints how close each demosaicing method comes to the truth: colour PSNR in dB over all three channels,
 // after a mosaic is taken of a photograph and turned back into colour. A border of ten pixels is left out.
 //
-//   bench_imaging_quality PHOTOGRAPH.png ...
+//   imaging_quality PHOTOGRAPH.png ...
 
 #include "norvane/Image.h"
 

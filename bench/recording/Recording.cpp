@@ -1,8 +1,10 @@
 /// Recording beside its peers, in one run and on one disk: videos beside the ffmpeg command, the buffer
 /// beside a copy of the frame, stills beside a plain loop, and a buffered run at a fast camera's pace.
 ///
-/// bench_recording [FOLDER [PAIRS [FRAMES]]]   (a folder on the disk to measure; several GB are written to
-/// it)
+/// bench_recording [FOLDER [PAIRS [FRAMES [PART]]]]
+///
+/// FOLDER lies on the disk to measure, and several GB are written to it. PART is videos, buffer, live or
+/// stills; without it all four are measured.
 
 #include "Sections.h"
 

@@ -3,8 +3,9 @@
 # turn, each with Aravis's emulated GigE Vision camera at 2048 x 2048 and 30 images a second, stretched to the same
 # height on the screen, OpenGL in software.
 # The images that the camera sent meanwhile are counted by the loopback adapter's bytes: on a machine too busy for 30 a
-# second it does not send the same to both, which the ratio for an image sent makes up for. Needs arv-viewer-0.8 with its GStreamer plugins, arv-fake-gv-camera-0.8, arv-tool-0.8, xdotool, xvfb-run and
-# unshare.
+# second it does not send the same to both, which the ratio for an image sent makes up for.
+# Needs arv-viewer-0.8 with its GStreamer plugins, arv-fake-gv-camera-0.8, arv-tool-0.8, xdotool, xvfb-run and unshare.
+# With SCREENSHOT set, the screen is kept as SCREENSHOT.arv.png and SCREENSHOT.tavorin.png.
 # Usage: beside-arv-viewer.sh BENCH_UI_SHOW [PAIRS [SECONDS [PIXEL_FORMAT]]]
 set -euo pipefail
 

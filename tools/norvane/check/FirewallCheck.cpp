@@ -42,8 +42,7 @@ Findings checkFirewall(const Machine& machine) {
         if (moduleInUse(machine, module)) {
             return found(std::string("The kernel holds packet rules (") + module + " is in use)",
                          "Look with sudo nft list ruleset (or sudo iptables -S), and accept all UDP from the "
-                         "adapter of "
-                         "the cameras");
+                         "adapter of the cameras");
         }
     }
     return {{Weight::Good, "firewall", "There is no sign of a packet filter.", {}}};

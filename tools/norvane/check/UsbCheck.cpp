@@ -9,8 +9,8 @@ namespace {
 constexpr const char* kTopic = "usb";
 constexpr std::int64_t kSuperSpeed = 5000; // Mbit/s
 
-/// The devices with a USB3 Vision control interface: class EF, subclass 05, protocol 00 (USB3
-/// Vision 1.0, 2.1).
+/// The devices with a USB3 Vision control interface: class EF, subclass 05, protocol 00 (USB3 Vision 1.0,
+/// 2.1).
 std::set<std::string> usb3VisionDevices(const Machine& machine) {
     std::set<std::string> devices;
     for (const std::string& name : machine.entries("sys/bus/usb/devices")) {
@@ -47,8 +47,7 @@ void checkDevice(const Machine& machine, const std::string& device, Findings& fi
     } else {
         add(Weight::Limiting, std::string("may not be opened by this user (/") + node + " is not writable).",
             "Install the Debian package, which brings a udev rule, plug the camera in anew; over a remote "
-            "shell also: "
-            "sudo adduser $USER plugdev, and log in again");
+            "shell also: sudo adduser $USER plugdev, and log in again");
     }
     if (const auto speed = machine.number(folder + "speed"); speed && *speed < kSuperSpeed) {
         add(Weight::Limiting,
