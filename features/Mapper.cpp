@@ -1,5 +1,7 @@
 #include "Mapper.h"
 
+#include "NodeReading.h"
+
 #include <QStandardItemModel>
 
 #include <cmath>
@@ -28,14 +30,6 @@ bool isMac(ERepresentation representation, const gcstring& name) {
            (representation == HexNumber && text(name).contains(QLatin1String("MACAddress")));
 }
 
-QString dottedQuad(quint32 address) {
-    return QStringLiteral("%1.%2.%3.%4")
-        .arg(address >> 24 & 0xFF)
-        .arg(address >> 16 & 0xFF)
-        .arg(address >> 8 & 0xFF)
-        .arg(address & 0xFF);
-}
-
 QString macText(quint64 address) {
     QStringList bytes;
     for (int shift = 40; shift >= 0; shift -= 8) {
@@ -51,7 +45,7 @@ QVariant integerValue(INode& node) {
     if (representation == HexNumber || representation == IPV4Address || representation == MACAddress) {
         const gcstring name = node.GetName();
         if (isIPv4(representation, name)) {
-            return dottedQuad(static_cast<quint32>(value));
+            return NodeReading::Ipv4Text(static_cast<std::uint32_t>(value));
         }
         if (isMac(representation, name)) {
             return macText(static_cast<quint64>(value));

@@ -12,7 +12,7 @@
 /// User-interface thread; transport-layer maps answer without network access.
 namespace NodeReading {
 
-/// The node's value in its own notation, whatever kind of value node it is; empty when it has none.
+/// The node's value in its own notation, whatever kind of value node it is; null when it has none.
 QString Text(Norvane::GenApi::INodeMap& map, const char* name);
 
 /// The value of an integer node.

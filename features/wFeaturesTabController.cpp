@@ -2,6 +2,7 @@
 
 #include "FileAccessTab.h"
 #include "Guarded.h"
+#include "NodeReading.h"
 #include "wFeatureTree.h"
 
 #include <QCoreApplication>
@@ -15,18 +16,6 @@ namespace {
 
 QString translated(const char* text) {
     return QCoreApplication::translate("mainWindow", text);
-}
-
-/// The value of a node, or nothing when it is missing, of another kind or not readable.
-QString readableText(INodeMap& map, const char* name) {
-    CStringPtr node(map.GetNode(name));
-    return node.IsValid() && IsReadable(node->GetAccessMode()) ? QString::fromUtf8(node->GetValue().c_str())
-                                                               : QString();
-}
-
-bool isMarked(INodeMap& map, const char* name) {
-    CBooleanPtr node(map.GetNode(name));
-    return node.IsValid() && IsReadable(node->GetAccessMode()) && node->GetValue();
 }
 
 } // namespace
@@ -115,7 +104,8 @@ bool wFeaturesTabController::isUnusable(Norvane::CameraPtr camera) const {
     bool unusable = false;
     guarded("markers of an unusable camera", [&] {
         INodeMap& map = camera->GetTLDeviceNodeMap();
-        unusable = isMarked(map, "GevDeviceIsWrongSubnet") || isMarked(map, "DeviceIsUnusable");
+        unusable = NodeReading::IsTrue(map, "GevDeviceIsWrongSubnet") ||
+                   NodeReading::IsTrue(map, "DeviceIsUnusable");
     });
     return unusable;
 }
@@ -141,8 +131,8 @@ void wFeaturesTabController::showNameOf(const Norvane::CameraPtr& camera) {
     QString serial;
     guarded("name of a camera", [&] {
         INodeMap& map = camera->GetTLDeviceNodeMap();
-        serial = readableText(map, "DeviceSerialNumber");
-        model = readableText(map, "DeviceModelName");
+        serial = NodeReading::Text(map, "DeviceSerialNumber");
+        model = NodeReading::Text(map, "DeviceModelName");
     });
     setWindowTitle(model.isNull() || serial.isNull() ? translated("Couldn't get device information")
                                                      : translated((model + " - " + serial).toUtf8()));
@@ -168,7 +158,7 @@ void wFeaturesTabController::OnCameraUpdated(const Norvane::CameraPtr& camPtr) {
 void wFeaturesTabController::OnInterfaceUpdated(Norvane::InterfacePtr ifacePtr) {
     if (ifacePtr.IsValid()) {
         guarded("name of an interface", [&] {
-            const QString name = readableText(ifacePtr->GetTLNodeMap(), "InterfaceDisplayName");
+            const QString name = NodeReading::Text(ifacePtr->GetTLNodeMap(), "InterfaceDisplayName");
             if (!name.isNull()) {
                 setWindowTitle(translated(name.toUtf8()));
             }
