@@ -68,6 +68,12 @@ private:
     qint64 m_intervalMs = kProgressIntervalMs;
 };
 
+/// Lets the window live while the camera works on a command.
+void waitForCamera() {
+    QCoreApplication::processEvents();
+    QThread::usleep(200);
+}
+
 /// The whole content of a file; nothing when it cannot be read, or is no plain file at all.
 std::optional<QByteArray> readFile(const QString& path) {
     QFile file(path);
@@ -315,10 +321,7 @@ void wFileAccess::OnUploadButtonClicked() {
         return;
     }
 
-    CameraFile file(m_camera, [] {
-        processEvents();
-        QThread::usleep(200);
-    });
+    CameraFile file(m_camera, &waitForCamera);
     if (!file.OpenForWriting()) {
         setStatus(tr("Problem opening file node."));
         setStatus(tr("Upload failed."));
@@ -393,10 +396,7 @@ void wFileAccess::OnDownloadButtonClicked() {
     m_status->clear();
     m_status->show();
 
-    CameraFile file(m_camera, [] {
-        processEvents();
-        QThread::usleep(200);
-    });
+    CameraFile file(m_camera, &waitForCamera);
     if (!file.OpenForReading()) {
         setStatus(tr("Problem opening file node."));
         setStatus(tr("Download failed."));
