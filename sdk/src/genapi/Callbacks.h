@@ -3,7 +3,6 @@
 #include "base/Mutex.h"
 #include "norvane/genapi/Callback.h"
 
-#include <functional>
 #include <memory>
 #include <unordered_map>
 #include <vector>

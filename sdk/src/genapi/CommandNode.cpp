@@ -1,6 +1,5 @@
 #include "genapi/CommandNode.h"
 
-#include "genapi/BooleanNode.h"
 #include "genapi/Graph.h"
 #include "genapi/Loader.h"
 #include "genapi/NodeMap.h"

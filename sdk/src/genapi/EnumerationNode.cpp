@@ -63,10 +63,6 @@ void EnumEntryNode::FinishLoading(Loader& loader) {
     }
 }
 
-void EnumEntryNode::CollectEdges(EdgeSink& edges) {
-    Node::CollectEdges(edges);
-}
-
 void EnumEntryNode::FromText(const std::string&, bool) {
     Fail(Error::GenApiAccess, "an entry cannot be written; write its enumeration");
 }

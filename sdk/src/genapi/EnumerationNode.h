@@ -29,7 +29,6 @@ public:
 
     bool LoadElement(Tag tag, pugi::xml_node element, Loader& loader) override;
     void FinishLoading(Loader& loader) override;
-    void CollectEdges(EdgeSink& edges) override;
     std::int64_t ReadInteger(bool) override { return m_value; }
 
     std::string_view Symbolic() const { return m_symbolic; }

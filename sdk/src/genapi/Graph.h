@@ -24,7 +24,7 @@ public:
             m_edges.push_back({from.Vertex(facet), to->Vertex(toFacet), content});
         }
     }
-    /// Reading a value needs the node to be there: both facets at once.
+    /// The facet is calculated from the other node's value.
     void AddRead(Node& from, Facet facet, Node* to, bool content = false) {
         Add(from, facet, to, Facet::Value, content);
     }

@@ -144,11 +144,11 @@ std::int64_t IntegerBase::IncInteger() {
 }
 
 bool IntegerBase::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
-    // Read where they are asked for.
     if (tag == Tag::Representation) {
         SetRepresentation(ParseRepresentation(Trim(element.child_value()), _UndefinedRepresentation));
         return true;
     }
+    // The valid values are read where they are asked for.
     return tag == Tag::ValidValueSet || Node::LoadElement(tag, element, loader);
 }
 

@@ -34,15 +34,7 @@ enum class Facet : std::uint8_t {
 constexpr std::uint32_t kFacets = 4;
 
 /// A node's other references.
-enum class LinkKind : std::uint8_t {
-    Invalidator,
-    Selected,
-    Selecting,
-    Error,
-    Alias,
-    CastAlias,
-    BlockPolling
-};
+enum class LinkKind : std::uint8_t { Invalidator, Selected, Error, Alias, CastAlias, BlockPolling };
 struct Link {
     Node* target;
     LinkKind kind;

@@ -1,4 +1,4 @@
-// The part of INode that reports what the description says of a node.
+// INode's own functions: what the description says of a node, and how it is joined to others.
 #include "genapi/Node.h"
 
 #include "genapi/EnumerationNode.h"

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
 #include <thread>
 
 namespace Norvane::GenApi {
@@ -95,11 +94,20 @@ void NodeMap::ValuesChanged(std::span<Node* const> nodes) {
         node->Forget(Facet::Value, true);
         m_callbacks.AddChanged(*node);
     }
-    m_graph.Dependents(roots, [this](std::uint32_t vertex) {
-        Node& node = *m_nodes[vertex / kFacets];
-        node.Forget(static_cast<Facet>(vertex % kFacets), false);
-        m_callbacks.AddChanged(node);
-    });
+    m_graph.Dependents(roots, [this](std::uint32_t vertex) { ForgetVertex(vertex); });
+}
+
+void NodeMap::ForgetVertex(std::uint32_t vertex) {
+    Node& node = *m_nodes[vertex / kFacets];
+    node.Forget(static_cast<Facet>(vertex % kFacets), false);
+    m_callbacks.AddChanged(node);
+}
+
+void NodeMap::ForgetAll(const std::vector<std::uint32_t>& roots) {
+    for (const auto root : roots) {
+        ForgetVertex(root);
+    }
+    m_graph.Dependents(roots, [this](std::uint32_t vertex) { ForgetVertex(vertex); });
 }
 
 void NodeMap::Refresh(Node& node) {
@@ -109,15 +117,7 @@ void NodeMap::Refresh(Node& node) {
     roots.insert(roots.end(), range.begin(), range.end());
     roots.push_back(node.Vertex(Facet::Presence));
     roots.push_back(node.Vertex(Facet::Lock));
-    const auto forget = [this](std::uint32_t vertex) {
-        Node& changed = *m_nodes[vertex / kFacets];
-        changed.Forget(static_cast<Facet>(vertex % kFacets), false);
-        m_callbacks.AddChanged(changed);
-    };
-    for (const auto vertex : roots) {
-        forget(vertex);
-    }
-    m_graph.Dependents(roots, forget);
+    ForgetAll(roots);
 }
 
 void NodeMap::InvalidateNodes() const {
@@ -146,16 +146,7 @@ void NodeMap::CheckPort(PortNode& port) {
         return;
     }
     ++m_epoch;
-    const auto forget = [this](std::uint32_t vertex) {
-        Node& node = *m_nodes[vertex / kFacets];
-        node.Forget(static_cast<Facet>(vertex % kFacets), false);
-        m_callbacks.AddChanged(node);
-    };
-    const std::vector roots{port.Vertex(Facet::Presence), port.Vertex(Facet::Value)};
-    for (const auto root : roots) {
-        forget(root);
-    }
-    m_graph.Dependents(roots, forget);
+    ForgetAll({port.Vertex(Facet::Presence), port.Vertex(Facet::Value)});
 }
 
 void NodeMap::AttachChunks(const std::map<std::uint64_t, ChunkView>& chunksById) {
@@ -169,7 +160,8 @@ void NodeMap::AttachChunks(const std::map<std::uint64_t, ChunkView>& chunksById)
 void NodeMap::BytesWritten(PortNode& port, std::int64_t address, std::int64_t length,
                            const RegisterTarget* by, std::vector<Node*>& changed) {
     port.Overlapping(address, length, [&](RegisterTarget& target) {
-        if (&target != by && target.ForgetBytes()) {
+        if (&target != by) {
+            target.ForgetBytes();
             changed.insert(changed.end(), target.Users().begin(), target.Users().end());
         }
     });

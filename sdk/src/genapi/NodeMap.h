@@ -28,7 +28,7 @@ class RegisterTarget;
 /// One recursive lock covers every operation. Operation enters and leaves it; leaving the outermost one runs
 /// the callbacks of the nodes that changed: those "inside" with the lock still held, then, without it, the
 /// rest.
-class NodeMap final : public INodeMap, public std::enable_shared_from_this<NodeMap> {
+class NodeMap final : public INodeMap {
 public:
     /// @param text  the description as plain XML.
     NodeMap(std::string_view text, std::shared_ptr<IPort> port, const NodeMapOptions& options);
@@ -120,6 +120,10 @@ private:
         return true;
     }
     void PortModesChanged();
+    /// Forgets what is cached of a facet of a node, and has the node's callbacks called.
+    void ForgetVertex(std::uint32_t vertex);
+    /// The facets themselves and all that depends on them.
+    void ForgetAll(const std::vector<std::uint32_t>& roots);
     /// False when the device does not answer.
     bool PollNode(Node& node, std::uint64_t since);
 

@@ -134,8 +134,8 @@ typename NumberSource<T>::Entry* NumberSource<T>::Chosen(bool fresh) {
 }
 
 template <class T>
-Node* NumberSource<T>::Current(bool fresh) {
-    return m_value ? m_value : Index() ? Chosen(fresh)->node : nullptr;
+Node* NumberSource<T>::Current() {
+    return m_value ? m_value : Index() ? Chosen(false)->node : nullptr;
 }
 
 template <class T>

@@ -25,7 +25,7 @@ public:
     bool Write(T value);
     /// The node behind the value now; null for a constant. @throws Exception when the index cannot be read or
     /// has neither entry nor default.
-    Node* Current(bool fresh = false);
+    Node* Current();
     Node* Direct() const { return m_value; }
     void SetConstant(T value) {
         m_constant = value;
