@@ -1,13 +1,22 @@
 #pragma once
 
 #include "genapi/ArenaList.h"
+#include "norvane/Exception.h"
 
 #include <cstdint>
 #include <memory_resource>
+#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Norvane::GenApi {
+
+/// A calculation has no result (GenApiLogical). It does not know the node that it is done for; see Named().
+class FormulaError final : public Exception {
+public:
+    explicit FormulaError(std::string message) : Exception(Error::GenApiLogical, std::move(message)) {}
+};
 
 /// What one instruction of a compiled formula does. Operands are on a stack; the instructions with a slot or
 /// a jump target name it in Instruction::operand.
@@ -96,7 +105,7 @@ public:
     bool CalculatesInDouble() const { return m_double; }
 
     /// Evaluates; `load(index)` gives the value of a variable, and is called at most once for each.
-    /// @throws Exception (GenApiLogical) for a division by zero and for a result that is no integer's.
+    /// @throws FormulaError for a division by zero and for a result that is no integer's.
     template <class Load>
     std::int64_t EvaluateInteger(Load&& load) const;
     template <class Load>
@@ -132,7 +141,7 @@ private:
     bool m_double = false;
 };
 
-/// `value` without its fraction. @throws Exception (GenApiLogical) for a value outside 64 bits, or NaN.
+/// `value` without its fraction. @throws FormulaError for a value outside 64 bits, or NaN.
 std::int64_t TruncateToInteger(double value);
 /// The nearest integer, halves away from zero; likewise.
 std::int64_t RoundToInteger(double value);

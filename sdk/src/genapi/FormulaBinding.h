@@ -2,7 +2,6 @@
 
 #include "genapi/Formula.h"
 #include "genapi/Node.h"
-#include "norvane/Exception.h"
 
 #include <string_view>
 
@@ -47,11 +46,7 @@ template <class Evaluate>
 auto Named(const Node& node, Evaluate&& evaluate) {
     try {
         return evaluate();
-    } catch (const Exception& error) {
-        if (error.GetError() != Error::GenApiLogical ||
-            std::string_view(error.what()).find(": ") != std::string::npos) {
-            throw;
-        }
+    } catch (const FormulaError& error) {
         node.Fail(Error::GenApiLogical, error.what());
     }
 }

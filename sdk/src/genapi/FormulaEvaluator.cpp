@@ -1,7 +1,5 @@
 #include "genapi/Formula.h"
 
-#include "norvane/Exception.h"
-
 #include <cmath>
 #include <limits>
 
@@ -10,7 +8,7 @@ namespace Norvane::GenApi {
 namespace {
 
 [[noreturn]] void DivisionByZero() {
-    throw Exception(Error::GenApiLogical, "the formula divides by zero");
+    throw FormulaError("the formula divides by zero");
 }
 
 std::uint64_t Bits(std::int64_t value) {
@@ -221,7 +219,7 @@ struct RulesOf<double> {
 
 std::int64_t TruncateToInteger(double value) {
     if (!(value >= -9223372036854775808.0 && value < 9223372036854775808.0)) {
-        throw Exception(Error::GenApiLogical, "the result is outside the range of 64-bit integers");
+        throw FormulaError("the result is outside the range of 64-bit integers");
     }
     return static_cast<std::int64_t>(value);
 }

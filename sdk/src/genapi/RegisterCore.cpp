@@ -33,7 +33,6 @@ bool RegisterCore::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) 
         return true;
     case Tag::pIndex: {
         AddressPlan::Term term{loader.Find(m_owner, element)};
-        term.isIndex = true;
         if (const auto pOffset = element.attribute("pOffset")) {
             term.offsetNode = loader.FindName(m_owner, "pOffset", pOffset.value());
         } else if (const auto offset = element.attribute("Offset")) {
@@ -86,7 +85,7 @@ void RegisterCore::FinishLoading(Loader& loader) {
         loader.Fault(m_owner, "it has no Address");
         return;
     }
-    if (!plan.lengthNode && (plan.length < 1 || plan.length > (256 << 20))) {
+    if (!plan.lengthNode && (plan.length < 1 || plan.length > kLongestRegister)) {
         loader.Fault(m_owner, plan.hasLength ? "its Length " + std::to_string(plan.length) + " is impossible"
                                              : std::string("it has no Length"));
         return;
@@ -183,7 +182,7 @@ const std::uint8_t* RegisterCore::Read(bool fresh) {
     if (!m_owner.IsCachable()) {
         m_target->Unresolve();
     }
-    m_target->Resolve(fresh);
+    m_target->Resolve(m_owner, fresh);
     if (!fresh && Current()) {
         return m_target->Bytes();
     }
@@ -195,7 +194,7 @@ const std::uint8_t* RegisterCore::Read(bool fresh) {
 
 const std::uint8_t* RegisterCore::ReadToModify() {
     if (!IsReadable(Combine(m_mode, m_target->Port().Presence()))) {
-        m_target->Resolve(false);
+        m_target->Resolve(m_owner, false);
         return m_target->Bytes();
     }
     return Read(m_target->m_anyUncachable);
@@ -207,7 +206,7 @@ void RegisterCore::Write(const std::uint8_t* data, std::int64_t length) {
     if (!m_owner.IsCachable()) {
         target.Unresolve();
     }
-    target.Resolve(false);
+    target.Resolve(m_owner, false);
     std::vector<Node*> changed(target.Users().begin(), target.Users().end());
     map.BytesWritten(target.Port(), target.Address(), target.Length(), &target, changed);
     try {
@@ -231,12 +230,12 @@ void RegisterCore::Write(const std::uint8_t* data, std::int64_t length) {
 }
 
 std::int64_t RegisterCore::Address() {
-    m_target->Resolve(false);
+    m_target->Resolve(m_owner, false);
     return m_target->Address();
 }
 
 std::int64_t RegisterCore::Length() {
-    m_target->Resolve(false);
+    m_target->Resolve(m_owner, false);
     return m_target->Length();
 }
 
@@ -262,7 +261,7 @@ void RegisterCore::Poll(std::uint64_t since) {
     if (!m_target->WasSeen() && !m_owner.Map().Callbacks().Any()) {
         return; // nobody has asked for it yet, and nobody waits for it
     }
-    m_target->Resolve(false);
+    m_target->Resolve(m_owner, false);
     ReadPort(true);
 }
 

@@ -18,7 +18,6 @@ public:
     void CollectEdges(EdgeSink& edges) const;
 
     EAccessMode Presence() const;
-    bool Locked() const;
     ECachingMode CachingMode() const { return m_caching; }
 
     /// The register's bytes, Length() of them, valid until the next operation.
@@ -35,7 +34,7 @@ public:
     /// The length if it is constant, else 0.
     std::int64_t StaticLength() const;
     void Forget(bool keepBytes);
-    /// Reads the port and reports a change; true when there was one.
+    /// Reads the port and reports a change, unless that was done since the epoch `since` began.
     void Poll(std::uint64_t since);
     bool Swapped() const;
 

@@ -7,8 +7,6 @@ namespace Norvane::GenApi {
 
 namespace {
 
-constexpr std::int64_t kLongest = 256 << 20;
-
 std::int64_t WrappingAdd(std::int64_t left, std::int64_t right) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(left) + static_cast<std::uint64_t>(right));
 }
@@ -42,15 +40,14 @@ RegisterTarget::RegisterTarget(const AddressPlan& plan, std::pmr::memory_resourc
     }
 }
 
-void RegisterTarget::Resolve(bool fresh) {
+void RegisterTarget::Resolve(const Node& by, bool fresh) {
     if (!m_resolved || (fresh && !IsStatic())) {
         std::int64_t length = m_plan.length;
         if (m_plan.lengthNode) {
             length = m_plan.lengthNode->ReadInteger(fresh);
         }
-        if (length < 1 || length > kLongest) {
-            throw Exception(Error::GenApiLogical,
-                            "a register of " + std::to_string(length) + " bytes is impossible");
+        if (length < 1 || length > kLongestRegister) {
+            by.Fail(Error::GenApiLogical, "a register of " + std::to_string(length) + " bytes is impossible");
         }
         auto address = m_plan.constant;
         for (const auto& term : m_plan.terms) {

@@ -13,13 +13,15 @@ namespace Norvane::GenApi {
 class Node;
 class PortNode;
 
+/// Bytes; a longer register is a fault of the description.
+constexpr std::int64_t kLongestRegister = 256 << 20;
+
 /// How an address and a length come about: a constant, plus values of nodes, plus indices times offsets.
 struct AddressPlan {
     struct Term {
         Node* node = nullptr;
         Node* offsetNode = nullptr;
         std::int64_t offset = 1;
-        bool isIndex = false;
         bool timesLength = false; ///< an index without an offset steps by the register's length
 
         bool operator==(const Term&) const = default;
@@ -53,8 +55,9 @@ public:
     std::int64_t Length() const { return m_length; }
 
     /// Calculates address and length. A new address makes the bytes unknown. `fresh` reads the nodes of the
-    /// address past their caches. @throws Exception when one of them cannot be read or the length is absurd.
-    void Resolve(bool fresh);
+    /// address past their caches. @throws Exception when one of them cannot be read or the length is absurd,
+    /// in the name of `by`.
+    void Resolve(const Node& by, bool fresh);
     void Unresolve() { m_resolved = m_resolved && IsStatic(); }
 
     std::uint8_t* Bytes() { return m_length <= kFew ? m_few.data() : m_many.data(); }
@@ -67,10 +70,7 @@ public:
     void Seen() { m_seen = true; }
     /// Whether the bytes were ever the port's at this address.
     bool WasSeen() const { return m_seen; }
-    bool ForgetBytes() {
-        m_epoch = 0;
-        return true;
-    }
+    void ForgetBytes() { m_epoch = 0; }
 
     ArenaList<Node*>& Users() { return m_users; }
     bool m_anyUncachable = false; ///< a user that is not cached, or not after writing

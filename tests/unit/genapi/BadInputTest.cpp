@@ -193,6 +193,15 @@ TEST(BadInput, ReadsBeyondCountingAreRefused) {
         << log.All();
 }
 
+TEST(BadInput, AnErrorNamesTheNodeWhereItArose) {
+    TestMap t(Reg("Size", 0) + "<IntReg Name=\"Sized\"><Address>16</Address><pLength>Size</pLength></IntReg>"
+                               "<IntSwissKnife Name=\"K\"><pVariable "
+                               "Name=\"S\">Sized</pVariable><Formula>S+1</Formula></IntSwissKnife>");
+    for (const char* asked : {"Sized", "K"}) {
+        EXPECT_EQ(ErrorOf([&] { t.Int(asked)->GetValue(); }), "Sized: a register of 0 bytes is impossible");
+    }
+}
+
 TEST(BadInput, DivisionByZeroIsAnErrorOfTheMoment) {
     TestMap t(
         Reg("D", 0) +
