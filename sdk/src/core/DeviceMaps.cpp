@@ -20,7 +20,8 @@ constexpr std::string_view kEmptyDescription =
 </RegisterDescription>
 )";
 
-/// Where somebody doubts that the camera's description tells what changes what: null without the variable.
+/// The audit of all cameras' maps, for whoever doubts that a description tells what changes what; null unless
+/// the environment asks for it.
 GenApi::CacheAudit* WantedAudit() {
     static GenApi::CacheAudit audit;
     static const bool wanted = std::getenv("NORVANE_CACHE_AUDIT") != nullptr;
