@@ -50,16 +50,24 @@ TEST(SoakVerdict, TellsLeaksFromChance) {
                 ElementsAre(HasSubstr("longest stall")));
     EXPECT_THAT(faults([](Sample& s, int minute) { s.stallMs = minute == 3 ? 3500.0 : s.stallMs; }),
                 ElementsAre(HasSubstr("stood still for 3500 ms")));
-    const auto inTwoMinutes = [](double growth) {
-        std::vector<Sample> samples =
-            Hour([growth](Sample& s, int minute) { s.holding.heapMb += growth * minute; });
+    const auto inTwoMinutes = [](const std::function<void(Sample&, int)>& change) {
+        std::vector<Sample> samples = Hour(change);
         for (Sample& sample : samples) {
             sample.actions /= 30;
         }
         return FaultsOf(samples, {3000.0});
     };
-    EXPECT_THAT(inTwoMinutes(0.25), IsEmpty()) << "caches still fill";
-    EXPECT_THAT(inTwoMinutes(1.0), ElementsAre(HasSubstr("heap in use, MB at rest")));
+    EXPECT_THAT(inTwoMinutes([](Sample& s, int minute) { s.holding.heapMb += 0.25 * minute; }), IsEmpty())
+        << "caches still fill";
+    EXPECT_THAT(inTwoMinutes([](Sample& s, int minute) { s.holding.heapMb += 1.0 * minute; }),
+                ElementsAre(HasSubstr("heap in use, MB at rest")));
+    const auto startedOnce = [](Sample& s, int minute) {
+        s.holding.threads += minute > 40 ? 1 : 0;
+        s.holding.files += minute > 40 ? 1 : 0;
+    };
+    EXPECT_THAT(inTwoMinutes(startedOnce), IsEmpty()) << "kept from its first use on";
+    EXPECT_THAT(inTwoMinutes([](Sample& s, int minute) { s.holding.threads += minute / 10; }),
+                ElementsAre(HasSubstr("threads at rest")));
     const auto withShadow = Hour([](Sample& s, int minute) { s.holding.residentMb += 10.0 * minute; });
     EXPECT_THAT(FaultsOf(withShadow, {3000.0}), ElementsAre(HasSubstr("resident memory, MB at rest")));
     EXPECT_THAT(FaultsOf(withShadow, {3000.0, true}), IsEmpty());
