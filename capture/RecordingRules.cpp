@@ -6,9 +6,10 @@ void RecordingRules::Start(const RecordingSettings& settings, double cameraFrame
     m_skipCounter = 0;
     m_nextSaveMs = 0;
     m_endMs = settings.runMs;
-    if (settings.saveOption == SAVE_TIME_LAPSE && cameraFrameRate > 0.0) {
-        // One frame period early, because a frame shows what was there one period before it arrived.
-        const double period = std::min(1000.0 / cameraFrameRate, 4294967295.0);
+    if (settings.saveOption == SAVE_TIME_LAPSE) {
+        // One frame period early, because a frame shows what was there one period before it arrived. Nothing
+        // early where the camera does not tell its rate.
+        const double period = cameraFrameRate > 0.0 ? std::min(1000.0 / cameraFrameRate, 4294967295.0) : 0.0;
         const std::int64_t periodMs = static_cast<unsigned int>(period);
         if (settings.intervalMs >= periodMs) {
             m_nextSaveMs = settings.intervalMs - periodMs;

@@ -65,6 +65,8 @@ TEST(RecordingRules, TimeLapseKeepsOneImagePerIntervalUntilTheRunIsOver) {
     settings.runMs = 500;
     rules.Start(settings, 100); // period 10 ms: first save after 90 ms, end after 490 ms
     EXPECT_EQ(keptImages(rules, settings, clock, 10), (std::vector<int>{9, 19, 29, 39, 49}));
+    rules.Start(settings, 0); // the camera tells no rate
+    EXPECT_EQ(keptImages(rules, settings, clock, 10), (std::vector<int>{10, 20, 30, 40, 50}));
 }
 
 TEST(RecordingRules, ATimeLapseShorterThanAPeriodKeepsEveryImageUntilTheRunIsOver) {
