@@ -92,7 +92,8 @@ void Recorder::StartTimer(unsigned int milliseconds) {
     connect(
         timer, &QTimer::timeout, this,
         [this, run] {
-            if (run == m_run) {
+            // After a stop by hand this would be the second one, which drops what is still in the buffer.
+            if (run == m_run && m_recording) {
                 TimeOut();
             }
         },

@@ -225,6 +225,22 @@ TEST_F(RecordingTest, SecondStopDropsWhatIsStillBuffered) {
     EXPECT_EQ(m_status.last().first().toString(), "Recording has been stopped.");
 }
 
+TEST_F(RecordingTest, TheTimeOfARunThatWasStoppedByHandDropsNothing) {
+    QObject::disconnect(&m_capture, &ImageCapture::bufferedImageReady, nullptr, nullptr); // the drain waits
+    m_capture.OnUpdateSaveMode(SAVE_FOR_TIME);
+    m_capture.OnUpdateSaveOptions(0, 1, 0, 10, 1, 0);
+    m_capture.OnStartRecording();
+    for (int i = 1; i <= 10; ++i) {
+        m_camera->Deliver(TestImage(static_cast<std::uint64_t>(i)));
+    }
+    m_capture.OnStopRecording();
+    QTest::qWait(30); // until the run's time is over
+    m_capture.OnBufferedImageReady();
+    WaitUntilDone();
+    EXPECT_EQ(m_saved, 10U);
+    EXPECT_EQ(m_status.last().first().toString(), "Done");
+}
+
 std::vector<std::string> warnings;
 
 TEST_F(RecordingTest, ImagesThatNeverArrivedAreTold) {
