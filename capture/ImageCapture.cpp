@@ -201,9 +201,7 @@ void ImageCapture::OnImageEvent(ImagePtr image) {
         }
         if (std::unique_lock lock(m_latestImageLock, soon()); lock.owns_lock()) {
             m_latestImage = image;
-        } else {
-            image->Release();
-        }
+        } // else this one is not shown, but it may well be recorded: the last handle to it gives it back
         UpdateCameraLeaderFrameRate(image);
         m_recorder.TakeImage(image);
         SendImageStatsToImageDisplay(image);

@@ -17,7 +17,9 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 using Norvane::CameraPtr;
@@ -239,6 +241,27 @@ TEST_F(RecordingTest, TheTimeOfARunThatWasStoppedByHandDropsNothing) {
     WaitUntilDone();
     EXPECT_EQ(m_saved, 10U);
     EXPECT_EQ(m_status.last().first().toString(), "Done");
+}
+
+TEST_F(RecordingTest, AnImageThatIsNotShownIsRecorded) {
+    // An image that takes its time to go, with the lock held that guards the one to be shown.
+    std::promise<void> isGoing;
+    std::promise<void> mayGo;
+    Norvane::ImagePtr shown = TestImage(1);
+    Norvane::IImage* raw = shown.get();
+    m_camera->Deliver(Norvane::ImagePtr(std::shared_ptr<Norvane::IImage>(raw, [&](Norvane::IImage*) {
+        isGoing.set_value();
+        mayGo.get_future().wait();
+    })));
+    std::thread restart([this] { m_capture.OnStartContinuousCapture(); });
+    isGoing.get_future().wait();
+    m_capture.OnUpdateSaveOptions(1, 1, 0, 0, 1, 0);
+    m_capture.OnStartRecording();
+    m_camera->Deliver(TestImage(2));
+    mayGo.set_value();
+    restart.join();
+    WaitUntilDone();
+    EXPECT_EQ(FilesIn("*.raw"), 1);
 }
 
 std::vector<std::string> warnings;
