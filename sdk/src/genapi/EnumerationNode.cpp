@@ -63,6 +63,16 @@ void EnumEntryNode::FinishLoading(Loader& loader) {
     }
 }
 
+void EnumEntryNode::CollectEdges(EdgeSink& edges) {
+    Node::CollectEdges(edges);
+    // What can be chosen is the enumeration's range; whoever shows the choices hears of it by the
+    // enumeration.
+    if (m_enumeration && HasConditions()) {
+        edges.Add(*m_enumeration, Facet::Range, this, Facet::Presence);
+        edges.Add(*m_enumeration, Facet::Range, this, Facet::Lock);
+    }
+}
+
 void EnumEntryNode::FromText(const std::string&, bool) {
     Fail(Error::GenApiAccess, "an entry cannot be written; write its enumeration");
 }

@@ -29,8 +29,10 @@ public:
 
     bool LoadElement(Tag tag, pugi::xml_node element, Loader& loader) override;
     void FinishLoading(Loader& loader) override;
+    void CollectEdges(EdgeSink& edges) override;
     std::int64_t ReadInteger(bool) override { return m_value; }
 
+    void BelongTo(Node& enumeration) { m_enumeration = &enumeration; }
     std::string_view Symbolic() const { return m_symbolic; }
     std::int64_t Value() const { return m_value; }
     bool SelfClearing() const { return m_selfClearing; }
@@ -42,6 +44,7 @@ protected:
 private:
     static std::string_view PlainNameOf(pugi::xml_node entry);
 
+    Node* m_enumeration = nullptr;
     std::string_view m_symbolic;
     std::int64_t m_value = 0;
     double m_numeric = 0;
@@ -73,7 +76,10 @@ public:
     std::int64_t MinInteger() override;
     std::int64_t MaxInteger() override;
 
-    void AddEntry(std::pmr::memory_resource& arena, EnumEntryNode& entry) { m_entries.Add(arena, &entry); }
+    void AddEntry(std::pmr::memory_resource& arena, EnumEntryNode& entry) {
+        m_entries.Add(arena, &entry);
+        entry.BelongTo(*this);
+    }
     /// An entry's value by its symbolic name, also while the map is still loading.
     std::optional<std::int64_t> EntryValue(std::string_view symbolic) const;
 

@@ -188,6 +188,9 @@ protected:
     virtual EAccessMode KindPresence() { return RO; }
     virtual bool KindLocked() { return false; }
 
+    /// Whether the access mode hangs on other nodes.
+    bool HasConditions() const { return m_isImplemented || m_isAvailable || m_isLocked; }
+
     Node* FindLink(LinkKind kind) const;
     ERepresentation OwnRepresentation(ERepresentation otherwise) const {
         return m_representation == _UndefinedRepresentation ? otherwise

@@ -51,6 +51,27 @@ TEST_F(Callbacks, FireOncePerChangeForAllThatDepends) {
     EXPECT_EQ(Sorted(), Names{});
 }
 
+TEST(CallbackChoices, AnEnumerationTellsWhatCanBeChosen) {
+    Fired().clear();
+    const TestMap t(Reg("Allowed", 0) + Reg("Raw", 4) +
+                    "<Enumeration Name=\"Mode\"><EnumEntry Name=\"Off\"><Value>0</Value></EnumEntry>"
+                    "<EnumEntry Name=\"On\"><pIsAvailable>Allowed</pIsAvailable><Value>1</Value></EnumEntry>"
+                    "<EnumEntry Name=\"Held\"><pIsLocked>Allowed</pIsLocked><Value>2</Value></EnumEntry>"
+                    "<pValue>Raw</pValue></Enumeration>");
+    Register(t.map->GetNode("Mode"), Record);
+    t.Enum("Mode")->GetIntValue();
+    const CNodePtr on = t.map->GetNode("EnumEntry_Mode_On");
+    EXPECT_FALSE(IsAvailable(on->GetAccessMode()));
+    EXPECT_EQ(Fired().size(), 0u);
+    t.Int("Allowed")->SetValue(1);
+    EXPECT_TRUE(IsAvailable(on->GetAccessMode()));
+    EXPECT_EQ(Fired(), std::vector<std::string>{"Mode"});
+    // Its own value is still known.
+    const int reads = t.port->reads;
+    t.Enum("Mode")->GetIntValue();
+    EXPECT_EQ(t.port->reads, reads);
+}
+
 TEST_F(Callbacks, EqualRegistrationsFireOnceAndShareAHandle) {
     const auto first = Register(t.map->GetNode("A"), Record);
     const auto second = Register(t.map->GetNode("A"), Record);
