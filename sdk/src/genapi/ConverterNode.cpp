@@ -6,8 +6,27 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace Norvane::GenApi {
+
+namespace {
+
+/// What the formula makes of one end of the range behind it; nothing where it has no value there, for example
+/// 1/TO at 0: that costs this limit and not the other one.
+template <class Convert>
+auto ValueAtEnd(Convert&& convert) -> std::optional<decltype(convert())> {
+    try {
+        return convert();
+    } catch (const Exception& error) {
+        if (error.GetError() != Error::GenApiLogical) {
+            throw;
+        }
+        return std::nullopt;
+    }
+}
+
+} // namespace
 
 bool ConverterCore::LoadElement(Node& owner, Tag tag, pugi::xml_node element, Loader& loader) {
     switch (tag) {
@@ -117,25 +136,20 @@ std::int64_t IntConverterNode::Limit(bool lower) {
     if (slope == Slope::Varying) {
         return otherwise;
     }
-    const auto min = m_core.Behind().MinInteger();
-    const auto max = m_core.Behind().MaxInteger();
-    // A range without limits has none after conversion either; the formula would only overflow.
-    if (min == kLowest || max == kHighest) {
-        return otherwise;
-    }
-    try {
-        const auto first = m_core.FromInteger(min, false);
-        const auto last = m_core.FromInteger(max, false);
-        if (slope == Slope::Automatic) {
-            return lower ? std::min(first, last) : std::max(first, last);
+    const auto at = [&](bool lowerBehind) -> std::optional<std::int64_t> {
+        const auto end = lowerBehind ? m_core.Behind().MinInteger() : m_core.Behind().MaxInteger();
+        // A range without a limit has none after conversion either; the formula would only overflow.
+        if (end == (lowerBehind ? kLowest : kHighest)) {
+            return std::nullopt;
         }
-        return lower == (slope == Slope::Increasing) ? first : last;
-    } catch (const Exception& error) {
-        if (error.GetError() != Error::GenApiLogical) {
-            throw;
-        }
-        return otherwise; // the formula has no value at that end, for example 1/TO at 0
+        return ValueAtEnd([&] { return m_core.FromInteger(end, false); });
+    };
+    if (slope != Slope::Automatic) {
+        return at(lower == (slope == Slope::Increasing)).value_or(otherwise);
     }
+    const auto first = at(true);
+    const auto last = at(false);
+    return !first || !last ? otherwise : lower ? std::min(*first, *last) : std::max(*first, *last);
 }
 
 bool ConverterNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
@@ -165,22 +179,20 @@ double ConverterNode::Limit(bool lower) {
     if (slope == Slope::Varying) {
         return otherwise;
     }
-    double first = 0;
-    double last = 0;
-    try {
-        first = m_core.FromFloat(m_core.Behind().MinFloat(), false);
-        last = m_core.FromFloat(m_core.Behind().MaxFloat(), false);
-    } catch (const Exception& error) {
-        if (error.GetError() != Error::GenApiLogical) {
-            throw;
-        }
-        return otherwise; // the formula has no value at that end, for example 1/TO at 0
+    const auto at = [&](bool lowerBehind) -> std::optional<double> {
+        const auto value = ValueAtEnd([&] {
+            return m_core.FromFloat(lowerBehind ? m_core.Behind().MinFloat() : m_core.Behind().MaxFloat(),
+                                    false);
+        });
+        return value && !std::isnan(*value) ? std::optional(std::clamp(*value, kLowest, kHighest))
+                                            : std::nullopt;
+    };
+    if (slope != Slope::Automatic) {
+        return at(lower == (slope == Slope::Increasing)).value_or(otherwise);
     }
-    if (std::isnan(first) || std::isnan(last)) {
-        return otherwise;
-    }
-    const bool rises = slope == Slope::Automatic ? first <= last : slope == Slope::Increasing;
-    return std::clamp(lower == rises ? first : last, kLowest, kHighest);
+    const auto first = at(true);
+    const auto last = at(false);
+    return !first || !last ? otherwise : lower ? std::min(*first, *last) : std::max(*first, *last);
 }
 
 double ConverterNode::ComputeInc() {

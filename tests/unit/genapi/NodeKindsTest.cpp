@@ -187,9 +187,25 @@ TEST(Kinds, RangesOfConverters) {
               "pValue></IntConverter>");
     EXPECT_EQ(t.Float("Reciprocal")->GetValue(), 25);
     EXPECT_GT(t.Float("Reciprocal")->GetMax(), 1e300); // 100/0 has no value: no limit there
+    EXPECT_EQ(t.Float("Reciprocal")->GetMin(), 10);    // but at the other end
+    EXPECT_EQ(ErrorOf([&] { t.Float("Reciprocal")->SetValue(5); }), "Reciprocal: 5 is below the minimum 10");
+    EXPECT_EQ(t.Int("V")->GetValue(), 4);
     EXPECT_EQ(t.Float("Linear")->GetInc(), 0.25);
     EXPECT_EQ(t.Int("Whole")->GetMin(), -5);
     EXPECT_EQ(t.Int("Whole")->GetMax(), 5);
+}
+
+TEST(Kinds, NumbersBeyondAnIntegerNameTheNode) {
+    TestMap t(
+        "<Integer Name=\"Whole\"><Value>1</Value></Integer>"
+        "<Float Name=\"Over\"><pValue>Whole</pValue></Float>"
+        "<FloatReg Name=\"Reg\"><Address>0</Address><Length>8</Length><AccessMode>RW</AccessMode></FloatReg>"
+        "<Integer Name=\"OverReg\"><pValue>Reg</pValue></Integer>");
+    EXPECT_EQ(ErrorOf([&] { t.Float("Over")->SetValue(9223372036854775808.0); }),
+              "Whole: the result is outside the range of 64-bit integers");
+    t.Float("Reg")->SetValue(1e300);
+    EXPECT_EQ(ErrorOf([&] { t.Int("OverReg")->GetValue(); }),
+              "Reg: the result is outside the range of 64-bit integers");
 }
 
 TEST(Kinds, AccessModes) {
