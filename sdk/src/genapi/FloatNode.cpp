@@ -1,6 +1,6 @@
 #include "genapi/FloatNode.h"
 
-#include "genapi/Formula.h"
+#include "genapi/FormulaBinding.h"
 #include "genapi/Graph.h"
 #include "genapi/Loader.h"
 #include "genapi/NodeMap.h"
@@ -147,7 +147,8 @@ double FloatBase::ReadFloat(bool fresh) {
 }
 
 std::int64_t FloatBase::ReadInteger(bool fresh) {
-    return RoundToInteger(ReadFloat(fresh));
+    const auto value = ReadFloat(fresh);
+    return Named(*this, [&] { return RoundToInteger(value); });
 }
 
 double FloatBase::Cache(double& place, Cached flag, double (FloatBase::*compute)()) {

@@ -1,6 +1,6 @@
 #include "genapi/IntegerNode.h"
 
-#include "genapi/Formula.h"
+#include "genapi/FormulaBinding.h"
 #include "genapi/Graph.h"
 #include "genapi/Loader.h"
 #include "genapi/NodeMap.h"
@@ -115,7 +115,7 @@ std::int64_t IntegerBase::ReadInteger(bool fresh) {
 }
 
 void IntegerBase::WriteFloat(double value) {
-    WriteInteger(RoundToInteger(value));
+    WriteInteger(Named(*this, [&] { return RoundToInteger(value); }));
 }
 
 std::int64_t IntegerBase::Cache(std::int64_t& place, Cached flag, std::int64_t (IntegerBase::*compute)()) {
