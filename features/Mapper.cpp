@@ -64,9 +64,13 @@ QVariant enumerationValue(INode& node) {
             values.entries << text(CEnumEntryPtr(entry)->GetSymbolic());
         }
     }
-    CEnumEntryPtr current(enumeration->GetCurrentEntry());
-    values.currentValue = static_cast<qint32>(current->GetValue());
-    values.currentText = text(current->GetSymbolic());
+    // A camera may hold a number that no entry has; the choices are offered all the same.
+    if (const CEnumEntryPtr current = enumeration->GetCurrentEntry(); current.IsValid()) {
+        values.currentValue = static_cast<qint32>(current->GetValue());
+        values.currentText = text(current->GetSymbolic());
+    } else {
+        values.currentValue = static_cast<qint32>(enumeration->GetIntValue());
+    }
     return QVariant::fromValue(values);
 }
 

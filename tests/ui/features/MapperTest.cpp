@@ -106,6 +106,12 @@ TEST_F(MapperTest, ListsTheAvailableEntriesOnly) {
     EXPECT_EQ(values.currentText, "On");
     m_mapper.SetNodeValue(node("Mode"), QStringLiteral("Once"));
     EXPECT_EQ(cell("Mode").value<ComboBoxValues>().currentText, "Once");
+    // A number without a name can be left for one that has a name.
+    CEnumerationPtr(node("Mode"))->SetIntValue(42, false);
+    const auto unnamed = cell("Mode").value<ComboBoxValues>();
+    EXPECT_EQ(unnamed.entries, QStringList({"Once", "On"}));
+    EXPECT_EQ(unnamed.currentValue, 42);
+    EXPECT_EQ(unnamed.currentText, QString());
 }
 
 TEST_F(MapperTest, SnapsDownOntoTheGridAndLeavesTheRangeToTheNode) {
