@@ -65,10 +65,13 @@ void fillValue(INode& node, FeatureRecord& record) {
         record.value = CStringPtr(&node)->GetValue().str();
         break;
     case intfIEnumeration: {
-        CEnumEntryPtr entry(CEnumerationPtr(&node)->GetCurrentEntry());
-        record.value = entry->GetSymbolic().str();
-        record.entryValue = entry->GetValue();
-        break;
+        CEnumerationPtr enumeration(&node);
+        CEnumEntryPtr entry(enumeration->GetCurrentEntry());
+        if (entry.IsValid()) {
+            record.value = entry->GetSymbolic().str();
+            record.entryValue = entry->GetValue();
+        }
+        break; // the text's error tells which number has no entry
     }
     case intfIRegister:
         record.value = record.valueText = hexText(*CRegisterPtr(&node));

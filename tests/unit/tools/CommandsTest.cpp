@@ -57,17 +57,19 @@ TEST_F(CommandsTest, DescribesEveryFeatureOfAFile) {
 <Port Name="Device"/>
 <Category Name="Root"><pFeature>Control</pFeature></Category>
 <Category Name="Control"><pFeature>Exposure</pFeature><pFeature>Mode</pFeature><pFeature>Bad</pFeature>
-<pFeature>Gone</pFeature></Category>
+<pFeature>Gone</pFeature><pFeature>Lost</pFeature></Category>
 <Float Name="Exposure"><Description>How "long"</Description><Value>12.5</Value><Min>1</Min><Max>100</Max><Unit>us</Unit></Float>
 <Enumeration Name="Mode"><EnumEntry Name="EnumEntry_Mode_Off"><Value>0</Value><Symbolic>Off</Symbolic></EnumEntry>
 <EnumEntry Name="EnumEntry_Mode_On"><Value>1</Value><Symbolic>On</Symbolic></EnumEntry><Value>1</Value></Enumeration>
+<Enumeration Name="Lost"><EnumEntry Name="Way"><Value>3</Value></EnumEntry><Value>0</Value></Enumeration>
 <IntSwissKnife Name="Bad"><Formula>1/0</Formula></IntSwissKnife>
 <Integer Name="Never"><Value>0</Value></Integer>
 <Integer Name="Gone"><pIsImplemented>Never</pIsImplemented><Value>1</Value></Integer>
 </RegisterDescription>)");
     const std::string text = run({"describe", file});
     EXPECT_THAT(text, AllOf(HasSubstr("Control\n"), HasSubstr("Exposure"), HasSubstr("12.5 us"),
-                            HasSubstr("[1 .. 100]"), HasSubstr("one of Off, On"), HasSubstr("Gone")));
+                            HasSubstr("[1 .. 100]"), HasSubstr("one of Off, On"), HasSubstr("Gone"),
+                            HasSubstr("Lost: its value 0 is that of none of its entries")));
     const std::string json = run({"describe", "--json", file});
     EXPECT_THAT(json, AllOf(HasSubstr("\"name\": \"Exposure\""), HasSubstr("\"value\": 12.5"),
                             HasSubstr("\"unit\": \"us\""), HasSubstr("How \\\"long\\\""),
