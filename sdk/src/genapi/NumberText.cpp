@@ -63,7 +63,10 @@ std::optional<std::int64_t> ParseGroups(std::string_view text, char separator, i
 std::optional<std::int64_t> ParseIntegerText(std::string_view text, ERepresentation representation) {
     text = Trim(text);
     if (const auto value = ParseInteger(text)) {
-        return value;
+        // Hexadecimal digits are bits; a decimal number that 64 bits hold only without a sign is another one
+        // with it.
+        const bool wrapped = *value < 0 && text.find_first_of("-xX") == text.npos;
+        return wrapped ? std::nullopt : value;
     }
     if (representation == IPV4Address) {
         return ParseGroups(text, '.', 4, 10);

@@ -100,6 +100,7 @@ TEST(Kinds, Texts) {
                                      {"Ip", "1.2.3.256"},
                                      {"Ip", "1.2.3"},
                                      {"Mac", "1:2"},
+                                     {"Mac", "9223372036854775808"},
                                      {"Free", "1,5"},
                                      {"Flag", "maybe"}}) {
         EXPECT_THROW(t.Get<IValue>(node)->FromString(text), Exception) << node << " " << text;
