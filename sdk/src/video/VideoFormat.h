@@ -19,6 +19,7 @@ struct VideoFormat {
 };
 
 /// A frame rate as the exact fraction that was meant: thousandths of a hertz, and finer below 1 Hz.
+/// The nearest that every container can say for a rate beyond its limits, 1e-5 Hz and 2.1 MHz.
 AVRational ExactRate(double framesPerSecond);
 
 } // namespace Norvane::Video

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <random>
 
 using namespace Norvane::Video;
@@ -244,6 +245,19 @@ TEST_P(EveryVideo, SaysWhatItCannotDo) {
 
 INSTANTIATE_TEST_SUITE_P(Sorts, EveryVideo, ::testing::ValuesIn(kSorts),
                          [](const auto& sort) { return std::string(sort.param.name); });
+
+TEST_P(EveryVideo, KeepsItsFramesAtAnyRate) {
+    for (const float rate : {std::numeric_limits<float>::min(), 1e-6F, std::numeric_limits<float>::max()}) {
+        const std::string name = "at " + std::to_string(std::log10(rate));
+        NorVideo video;
+        Open(video, GetParam().kind, Path(name), 64, 48, rate);
+        for (int i = 0; i < 5; ++i) {
+            video.Append(Frame(64, 48, i).image);
+        }
+        video.Close();
+        EXPECT_EQ(CountFrames(Path(name + GetParam().extension)), 5) << rate;
+    }
+}
 
 TEST_F(VideoFixture, PartsStayBelowTheLimitAndPlayByThemselves) {
     for (const Kind kind : {Kind::Avi, Kind::Mjpg}) {
