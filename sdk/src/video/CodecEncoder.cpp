@@ -211,6 +211,7 @@ void CodecEncoder::Encode(PixelSource::Rows rows, std::int64_t index, const Pack
     ConvertToYuv(rows, *frame);
     RepeatLastColumnAndRow(*frame);
     frame->pts = index;
+    frame->quality = m_codec->global_quality; // the codec takes a fixed quantiser from the frame alone
     Send(frame, sink);
 }
 

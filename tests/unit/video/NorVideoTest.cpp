@@ -259,6 +259,29 @@ TEST_P(EveryVideo, KeepsItsFramesAtAnyRate) {
     }
 }
 
+TEST_F(VideoFixture, MotionJpegHasTheQualityThatWasAskedFor) {
+    std::srand(1);
+    Picture picture = Frame(320, 240, 0);
+    for (std::uint8_t& value : picture.bgr) {
+        value = static_cast<std::uint8_t>(value + std::rand() % 40);
+    }
+    std::vector<std::uintmax_t> sizes;
+    for (const unsigned int quality : {20U, 50U, 75U, 100U}) {
+        auto option = Sized<MJPGOption>(320, 240, 30.0F);
+        option.quality = quality;
+        NorVideo video;
+        video.Open(Path("quality").c_str(), option);
+        for (int i = 0; i < 5; ++i) {
+            video.Append(picture.image);
+        }
+        video.Close();
+        sizes.push_back(std::filesystem::file_size(Path("quality.avi")));
+    }
+    for (std::size_t i = 1; i < sizes.size(); ++i) {
+        EXPECT_GT(sizes[i], sizes[i - 1]);
+    }
+}
+
 TEST_F(VideoFixture, PartsStayBelowTheLimitAndPlayByThemselves) {
     for (const Kind kind : {Kind::Avi, Kind::Mjpg}) {
         SCOPED_TRACE(kind == Kind::Avi ? "AVI" : "MJPG");
