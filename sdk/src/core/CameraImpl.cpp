@@ -17,26 +17,6 @@ std::string NameOf(const Transport::DeviceRecord& record) {
 
 } // namespace
 
-void StartForceIp(const Services& services, const std::string& deviceId,
-                  const std::shared_ptr<std::atomic<int>>& running) {
-    if (!services.transport || !services.tasks) {
-        return;
-    }
-    ++*running;
-    const bool started = services.tasks->Run([services, deviceId, running] {
-        try {
-            services.transport->ForceIp(deviceId);
-        } catch (const Exception& error) {
-            Log(LogLevel::Warning, "no address could be given to " + deviceId + ": " + error.what());
-        }
-        --*running;
-        services.rescan();
-    });
-    if (!started) {
-        --*running;
-    }
-}
-
 CameraImpl::CameraImpl(Services services, const DeviceView& view)
     : m_number(view.number), m_deviceId(view.record.id), m_name(NameOf(view.record)),
       m_information(

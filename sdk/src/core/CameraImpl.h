@@ -4,8 +4,8 @@
 #include "core/Acquisition.h"
 #include "core/DeviceInformation.h"
 #include "core/DeviceMaps.h"
+#include "core/Services.h"
 #include "core/StreamParameters.h"
-#include "core/Tasks.h"
 #include "norvane/Camera.h"
 #include "norvane/Exception.h"
 #include "transport/Transport.h"
@@ -13,23 +13,11 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace Norvane::Core {
-
-/// What a camera or an interface needs of the system it belongs to.
-struct Services {
-    std::shared_ptr<Transport::ITransport> transport;
-    std::shared_ptr<Tasks> tasks;
-    std::function<void()> rescan; ///< asks for a newer picture; returns at once
-};
-
-/// Gives a camera an address in the background; `running` counts the attempts that go on.
-void StartForceIp(const Services& services, const std::string& deviceId,
-                  const std::shared_ptr<std::atomic<int>>& running);
 
 /// One camera, from its first sight until the system is released; it may leave and come back meanwhile.
 /// Owned by the registry, which calls it on the discovery thread; program code calls it on any thread. The

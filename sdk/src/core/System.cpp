@@ -6,7 +6,6 @@
 #include "norvane/Exception.h"
 #include "norvane/Log.h"
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
