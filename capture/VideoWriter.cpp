@@ -1,6 +1,5 @@
 #include "VideoWriter.h"
 
-#include <QFileInfo>
 #include <QTime>
 #include <QtDebug>
 
@@ -36,13 +35,12 @@ const char* nameOf(RecordVideoFileType type) {
 /// the same second may be writing it, and it may be yesterday's. The name's second is then one that is free.
 QString freeStem(const RecordingSettings& settings) {
     constexpr int kSecondsADay = 86400;
-    const char* extension = settings.videoType == H264 ? ".mp4" : ".avi";
     const QTime now = QTime::currentTime();
     QString stem;
     for (int later = 0; later < kSecondsADay; ++later) {
         stem = settings.folder + "/" + now.addSecs(later).toString(QStringLiteral("hh_mm_ss")) +
                nameOf(settings.videoType);
-        if (!QFileInfo::exists(stem + extension) && !QFileInfo::exists(stem + "-0000" + extension)) {
+        if (!Norvane::Video::NorVideo::Exists(stem.toUtf8().constData())) {
             break;
         }
     }

@@ -3,8 +3,7 @@
 #include "video/FfmpegError.h"
 
 extern "C" {
-#include <libavutil/imgutils.h>
-#include <libavutil/opt.h>
+#include <libavutil/dict.h>
 #include <libswscale/swscale.h>
 }
 

@@ -32,14 +32,13 @@ void WriteLogLine(void*, int level, const char* format, va_list arguments) {
 
 } // namespace
 
-int CheckFfmpeg(int result, const std::string& what) {
+void CheckFfmpeg(int result, const std::string& what) {
     if (result < 0) {
         std::array<char, AV_ERROR_MAX_STRING_SIZE> reason{};
         av_strerror(result, reason.data(), reason.size());
         throw Exception(result == AVERROR(ENOMEM) ? Error::OutOfMemory : Error::Io,
                         what + ": " + reason.data());
     }
-    return result;
 }
 
 void RouteFfmpegLog() {

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 #include <string>
 
 namespace Norvane::Video {
@@ -37,18 +36,6 @@ VideoFormat FormatOf(Codec codec, const Option& option) {
 
 } // namespace
 
-AVRational ExactRate(double framesPerSecond) {
-    const std::int64_t denominator = framesPerSecond < 1.0 ? 1'000'000 : 1000;
-    // Limited before it is rounded: a rate may be larger than any integer. A frame of more than a day, in the
-    // 10 000 and more ticks a second of an MP4, is longer than the container can say.
-    constexpr double kSlowest = 1e-5;
-    const std::int64_t numerator =
-        std::llround(std::min<double>(std::max(framesPerSecond, kSlowest) * static_cast<double>(denominator),
-                                      std::numeric_limits<int>::max()));
-    const std::int64_t divisor = std::gcd(numerator, denominator);
-    return {static_cast<int>(numerator / divisor), static_cast<int>(denominator / divisor)};
-}
-
 NorVideo::NorVideo() = default;
 NorVideo::~NorVideo() = default;
 
@@ -72,6 +59,10 @@ void NorVideo::Open(const char* fileName, H264Option& option) {
     format.bitrate = static_cast<int>(std::clamp(option.bitrate, kLowestBitrate,
                                                  static_cast<unsigned int>(std::numeric_limits<int>::max())));
     m_writer = std::make_unique<Writer>(fileName, format, m_maximumFileSize * kMegabyte);
+}
+
+bool NorVideo::Exists(const char* fileName) {
+    return Writer::Exists(fileName);
 }
 
 void NorVideo::Append(const ImagePtr& image) {

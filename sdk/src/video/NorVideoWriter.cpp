@@ -2,12 +2,28 @@
 
 #include "video/FfmpegError.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <utility>
 
 namespace Norvane::Video {
+
+namespace {
+
+constexpr const char* kAvi = ".avi";
+constexpr const char* kMp4 = ".mp4";
+
+/// What stands between the name and the extension of a numbered part.
+std::string PartNumber(int part) {
+    std::array<char, 16> number{};
+    std::snprintf(number.data(), number.size(), "-%04d", part);
+    return number.data();
+}
+
+} // namespace
 
 NorVideo::Writer::Writer(std::string name, const VideoFormat& format, std::int64_t maximumBytes)
     : m_name(std::move(name)), m_format(format), m_maximumBytes(maximumBytes),
@@ -25,13 +41,18 @@ NorVideo::Writer::~Writer() {
 }
 
 std::string NorVideo::Writer::NextFileName() {
-    const char* extension = m_format.codec == Codec::H264 ? ".mp4" : ".avi";
-    if (!m_isNumbered) {
-        return m_name + extension;
+    const std::string number = m_isNumbered ? PartNumber(m_part++) : "";
+    return m_name + number + (m_format.codec == Codec::H264 ? kMp4 : kAvi);
+}
+
+bool NorVideo::Writer::Exists(const std::string& name) {
+    const auto isThere = [](const std::string& fileName) { return access(fileName.c_str(), F_OK) == 0; };
+    for (const char* extension : {kAvi, kMp4}) {
+        if (isThere(name + extension) || isThere(name + PartNumber(0) + extension)) {
+            return true;
+        }
     }
-    std::array<char, 16> number{};
-    std::snprintf(number.data(), number.size(), "-%04d", m_part++);
-    return m_name + number.data() + extension;
+    return false;
 }
 
 void NorVideo::Writer::Start(const ImagePtr& first) {

@@ -19,6 +19,9 @@ public:
     Writer(std::string name, const VideoFormat& format, std::int64_t maximumBytes);
     ~Writer();
 
+    /// See NorVideo::Exists.
+    static bool Exists(const std::string& name);
+
     void SetMaximumBytes(std::int64_t bytes) { m_maximumBytes = bytes; }
     void Append(const ImagePtr& image);
     void Close();

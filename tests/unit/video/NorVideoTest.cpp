@@ -310,6 +310,17 @@ TEST_F(VideoFixture, PartsStayBelowTheLimitAndPlayByThemselves) {
     }
 }
 
+TEST_F(VideoFixture, ANameIsTakenByOneFileAndByNumberedParts) {
+    for (const unsigned int megabytes : {0U, 1U}) {
+        const std::string name = Path("taken" + std::to_string(megabytes));
+        EXPECT_FALSE(NorVideo::Exists(name.c_str()));
+        NorVideo video;
+        video.SetMaximumFileSize(megabytes);
+        Open(video, megabytes ? Kind::H264 : Kind::Mjpg, name, 64, 64);
+        EXPECT_TRUE(NorVideo::Exists(name.c_str())) << video.GetFileName();
+    }
+}
+
 TEST_F(VideoFixture, AFolderThatVanishesBetweenPartsEndsTheVideo) {
     for (const Kind kind : {Kind::Avi, Kind::Mjpg}) {
         std::filesystem::create_directory(Path("gone"));

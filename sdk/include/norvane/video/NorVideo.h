@@ -48,6 +48,9 @@ public:
     void Open(const char* fileName, MJPGOption& option);
     /// Likewise as H.264; a bit rate out of range counts as its limit.
     void Open(const char* fileName, H264Option& option);
+    /// Whether there is a video of this name already, whole or in numbered parts: opening it would write over
+    /// it, or mix with its parts.
+    static bool Exists(const char* fileName);
     /// Adds one frame, converted as the video needs it.
     /// @throws Exception when no file is open, the image's size differs from the option's, or the disk is
     /// full.
