@@ -150,7 +150,7 @@ void ConvertDepth(const RowReader& reader, const PixelTarget& target, const Pixe
         const MosaicShape shape{width, target.height,
                                 redFirst ? ExchangeRedBlue(from.info.bayer) : from.info.bayer};
         const ReaderSource<T> mosaicRows(reader);
-        ForRows(target.height, DemosaicGrain(algorithm), [&](std::size_t first, std::size_t last) {
+        ForRows(target.height, kDemosaicGrain, [&](std::size_t first, std::size_t last) {
             Scratch scratch;
             TargetRows<T> rows(target, to, true, scratch);
             DemosaicRows(algorithm, shape, mosaicRows, rows, first, last);
@@ -161,22 +161,19 @@ void ConvertDepth(const RowReader& reader, const PixelTarget& target, const Pixe
         Scratch scratch;
         TargetRows<T> rows(target, to, true, scratch);
         T* line = scratch.Take<T>(3 * width);
+        const auto rowAt = [&](std::size_t y) {
+            if (const T* direct = reader.template Direct<T>(y)) {
+                return direct;
+            }
+            reader.Read(y, line);
+            return static_cast<const T*>(line);
+        };
         for (std::size_t y = first; y < last; ++y) {
             T* out = rows.BeginRow(y);
             if (!reader.IsColor()) {
-                const T* grey = reader.template Direct<T>(y);
-                if (!grey) {
-                    reader.Read(y, line);
-                    grey = line;
-                }
-                GreyToBgr(grey, width, out);
+                GreyToBgr(rowAt(y), width, out);
             } else if (redFirst) {
-                const T* bgr = reader.template Direct<T>(y);
-                if (!bgr) {
-                    reader.Read(y, line);
-                    bgr = line;
-                }
-                SwapRedBlue(bgr, width, out);
+                SwapRedBlue(rowAt(y), width, out);
             } else {
                 reader.Read(y, out);
             }

@@ -143,8 +143,4 @@ template void DemosaicRows(ColorProcessingAlgorithm, const MosaicShape&, const M
 template void DemosaicRows(ColorProcessingAlgorithm, const MosaicShape&, const MosaicSource<std::uint16_t>&,
                            ColorSink<std::uint16_t>&, std::size_t, std::size_t);
 
-std::size_t DemosaicGrain(ColorProcessingAlgorithm) noexcept {
-    return 32;
-}
-
 } // namespace Norvane::Imaging

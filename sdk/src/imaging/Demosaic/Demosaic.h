@@ -48,7 +48,7 @@ template <class T>
 void DemosaicRows(ColorProcessingAlgorithm algorithm, const MosaicShape& shape, const MosaicSource<T>& source,
                   ColorSink<T>& sink, std::size_t first, std::size_t last);
 
-/// How many rows a thread should take at least, so that rows which two bands both compute cost little.
-std::size_t DemosaicGrain(ColorProcessingAlgorithm algorithm) noexcept;
+/// Rows that a thread takes at least, so that those which two bands both compute cost little.
+constexpr std::size_t kDemosaicGrain = 32;
 
 } // namespace Norvane::Imaging
