@@ -114,13 +114,11 @@ GevDiscovery::Held AravisTransport::HeldState(const std::string& deviceId) {
 std::optional<DeviceTarget> AravisTransport::FindTarget(const std::string& deviceId) {
     const MutexLock lock(m_mutex);
     DeviceTarget target;
-    target.id = deviceId;
     if (const auto gev = m_gevCameras.find(deviceId); gev != m_gevCameras.end()) {
         const GevCamera& camera = gev->second;
         target.label = camera.record.model + " " + camera.record.serial + " at " +
                        FormatIpAddress(camera.record.ipAddress);
         target.technology = Technology::GigEVision;
-        target.adapterName = camera.adapter.name;
         target.adapterAddress = camera.adapter.record.ipAddress;
         target.deviceAddress = camera.record.ipAddress;
         return target;

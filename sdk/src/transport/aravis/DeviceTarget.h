@@ -9,10 +9,8 @@ namespace Norvane::Transport {
 
 /// What it takes to reach one camera, as the latest scan left it.
 struct DeviceTarget {
-    std::string id;
     std::string label; ///< for errors and log lines: model, serial number and address
     Technology technology = Technology::GigEVision;
-    std::string adapterName;
     std::uint32_t adapterAddress = 0; ///< host order
     std::uint32_t deviceAddress = 0;  ///< host order
     std::string guid;                 ///< USB3 Vision: the device's global unique identifier

@@ -13,7 +13,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::uint32_t kLimitedBroadcast = 0xFFFFFFFF;
 constexpr std::size_t kProbedAddresses = 8;
 constexpr auto kProbeTime = std::chrono::milliseconds(250);
 constexpr auto kAnswerTime = std::chrono::milliseconds(1000);

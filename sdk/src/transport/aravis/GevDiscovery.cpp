@@ -8,7 +8,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::uint32_t kLimitedBroadcast = 0xFFFFFFFF;
 constexpr int kScansUntilGone = 2;
 /// Cameras answer within some milliseconds; the first list of a program waits for this.
 constexpr std::chrono::milliseconds kSilence{150};

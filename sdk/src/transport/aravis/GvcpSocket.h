@@ -10,6 +10,9 @@
 
 namespace Norvane::Transport {
 
+/// Reaches every device of the adapter's wire, whatever its address (RFC 919, section 7).
+constexpr std::uint32_t kLimitedBroadcast = 0xFFFFFFFF;
+
 /// A datagram as it came in.
 struct GvcpDatagram {
     std::vector<std::uint8_t> bytes;
