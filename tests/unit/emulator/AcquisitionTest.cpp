@@ -19,7 +19,7 @@ Acquisition::Parameters AtRate(std::chrono::nanoseconds period) {
 TEST(Acquisition, KeepsItsScheduleHoweverLateEachImageIsTaken) {
     Acquisition acquisition;
     const auto parameters = AtRate(3ms);
-    acquisition.Start(kBegin, parameters);
+    acquisition.Start(kBegin);
     for (int i = 0; i < 1000; ++i) {
         const auto due = acquisition.Due(parameters);
         ASSERT_EQ(due, kBegin + i * 3ms);
@@ -32,7 +32,7 @@ TEST(Acquisition, KeepsItsScheduleHoweverLateEachImageIsTaken) {
 
 TEST(Acquisition, ANewRateCountsFromTheLastImage) {
     Acquisition acquisition;
-    acquisition.Start(kBegin, AtRate(1s));
+    acquisition.Start(kBegin);
     acquisition.Take(kBegin, AtRate(1s));
     EXPECT_EQ(acquisition.Due(AtRate(20ms)), kBegin + 20ms);
 }
@@ -45,7 +45,7 @@ TEST(Acquisition, ModesEndByThemselves) {
         parameters.mode = mode;
         parameters.frameCount = count;
         for (int start = 0; start < 2; ++start) {
-            acquisition.Start(kBegin, parameters);
+            acquisition.Start(kBegin);
             int taken = 0;
             while (const auto due = acquisition.Due(parameters)) {
                 acquisition.Take(*due, parameters);
@@ -63,7 +63,7 @@ TEST(Acquisition, OneTriggerGivesOneImage) {
     parameters.trigger[Acquisition::FrameStart] = true;
     parameters.triggerDelay = 2ms;
     acquisition.Trigger(Acquisition::FrameStart, kBegin, parameters); // before the start: lost
-    acquisition.Start(kBegin, parameters);
+    acquisition.Start(kBegin);
     EXPECT_FALSE(acquisition.Due(parameters));
     acquisition.Trigger(Acquisition::FrameStart, kBegin + 5ms, parameters);
     acquisition.Trigger(Acquisition::FrameStart, kBegin + 6ms, parameters); // while one waits: lost
@@ -81,7 +81,7 @@ TEST(Acquisition, ABurstTriggerGivesItsImagesAndAStartTriggerOpensTheGate) {
     parameters.trigger[Acquisition::FrameBurstStart] = true;
     parameters.trigger[Acquisition::AcquisitionStart] = true;
     parameters.burstCount = 3;
-    acquisition.Start(kBegin, parameters);
+    acquisition.Start(kBegin);
     acquisition.Trigger(Acquisition::FrameBurstStart, kBegin, parameters);
     EXPECT_FALSE(acquisition.Due(parameters));
     acquisition.Trigger(Acquisition::AcquisitionStart, kBegin + 1ms, parameters);

@@ -10,7 +10,7 @@ constexpr std::chrono::milliseconds kLargestLag{250};
 
 } // namespace
 
-void Acquisition::Start(Clock::time_point now, const Parameters&) {
+void Acquisition::Start(Clock::time_point now) {
     m_active = true;
     m_number = 0;
     m_last.reset();

@@ -24,7 +24,7 @@ public:
         std::chrono::nanoseconds triggerDelay{};
     };
 
-    void Start(Clock::time_point now, const Parameters& parameters);
+    void Start(Clock::time_point now);
     void Stop() { m_active = false; }
     bool IsActive() const { return m_active; }
     /// A trigger of this kind arrived. One that comes while nothing waits for it is lost, except that one is

@@ -1,5 +1,7 @@
 #include "transport/emulator/BitmapFont.h"
 
+#include <cstdint>
+
 namespace Norvane::Transport::Emulator {
 namespace {
 

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
-#include <string_view>
-
 namespace Norvane::Transport::Emulator {
 
 /// Letters of 5 x 7 dots: capitals, digits and common signs of ASCII. Small letters show as capitals, what is

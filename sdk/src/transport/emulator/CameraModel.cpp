@@ -57,9 +57,7 @@ void CameraModel::LoadUserSet(std::size_t set) {
     const auto& stored = m_flash->userSets[set];
     m_bank.LoadStored(set > 0 && stored ? *stored : m_factory);
     ApplySensor(true);
-    if (onWake) {
-        onWake();
-    }
+    Wake();
 }
 
 void CameraModel::SaveUserSet(std::size_t set) {
@@ -78,10 +76,7 @@ void CameraModel::ApplySensor(bool keepFormat) {
     m_bank.SetInt("HeightStep", m_camera.height % 2 == 0 ? 2 : 1);
     m_bank.SetInt("OffsetStep", even ? 2 : 1);
     // A colour format without a mosaic comes from a sensor that has one all the same.
-    m_bank.SetInt("SensorFilter", format->IsMono()    ? 0
-                                  : format->IsBayer() ? static_cast<int>(format->order) -
-                                                            static_cast<int>(SampleOrder::BayerGR) + 1
-                                                      : 2);
+    m_bank.SetInt("SensorFilter", format->IsMono() || format->IsBayer() ? format->ColorFilter() : 2);
     const EmulatedFormat* current = FindEmulatedFormat(static_cast<std::uint32_t>(m_bank.Int("PixelFormat")));
     if (!keepFormat || !SensorDelivers(*this, *current)) {
         m_bank.SetInt("PixelFormat", format->pfncCode);
@@ -129,9 +124,7 @@ void CameraModel::Apply(const CameraSettings& camera, const InterfaceSettings& i
             m_factory[name] = m_bank.Bytes(name);
         }
     }
-    if (onWake) {
-        onWake();
-    }
+    Wake();
 }
 
 void CameraModel::SetAddress(std::uint32_t address, std::uint32_t netmask) {
@@ -170,21 +163,17 @@ Acquisition::Parameters CameraModel::AcquisitionParameters() const {
 }
 
 void CameraModel::StartAcquisition() {
-    m_acquisition.Start(Clock::now(), AcquisitionParameters());
+    m_acquisition.Start(Clock::now());
     m_bank.SetInt("Acquiring", 1);
     m_bank.SetLocked(true);
-    if (onWake) {
-        onWake();
-    }
+    Wake();
 }
 
 void CameraModel::StopAcquisition() {
     m_acquisition.Stop();
     m_bank.SetInt("Acquiring", 0);
     m_bank.SetLocked(false);
-    if (onWake) {
-        onWake();
-    }
+    Wake();
 }
 
 void CameraModel::AfterImage(std::uint64_t frameId, std::int64_t timestampNs) {

@@ -28,6 +28,7 @@ public:
     CameraModel& operator=(const CameraModel&) = delete;
 
     RegisterBank& Bank() { return m_bank; }
+    const RegisterBank& Bank() const { return m_bank; }
     const std::string& Description() const { return m_description; }
     const CameraSettings& Camera() const { return m_camera; }
     const InterfaceSettings& Interface() const { return m_interface; }
@@ -81,6 +82,11 @@ public:
 
     /// Called, with the mutex held, after whatever may wake the stream's thread.
     std::function<void()> onWake;
+    void Wake() const {
+        if (onWake) {
+            onWake();
+        }
+    }
     /// Called, with the mutex held, by DeviceReset.
     std::function<void()> onReset;
 

@@ -88,9 +88,6 @@ int Rank(std::string_view type, std::string_view element) {
     if (element == "pIndex" && !isRegister) {
         element = "pIndexValue";
     }
-    if (type == "StructEntry" && element == "pInvalidator") {
-        element = "pInvalidator0";
-    }
     return static_cast<int>(std::find(std::begin(kOrder), std::end(kOrder), element) - std::begin(kOrder));
 }
 

@@ -194,8 +194,7 @@ std::vector<std::shared_ptr<EmulatedCamera>> EmulatorTransport::Rearrange(const 
     return leaving;
 }
 
-std::shared_ptr<EmulatedCamera> EmulatorTransport::Plug(const CameraSettings& camera,
-                                                        const InterfaceSettings& interface) {
+void EmulatorTransport::Plug(const CameraSettings& camera, const InterfaceSettings& interface) {
     std::string description;
     if (!camera.descriptionPath.empty()) {
         if (const auto text = ReadFile(camera.descriptionPath); text && !text->empty()) {
@@ -223,7 +222,6 @@ std::shared_ptr<EmulatedCamera> EmulatorTransport::Plug(const CameraSettings& ca
                             camera.netmask ? camera.netmask : interface.netmask);
     }
     m_cameras[camera.serial] = plugged;
-    return plugged;
 }
 
 void EmulatorTransport::Restart(const std::string& serial) {

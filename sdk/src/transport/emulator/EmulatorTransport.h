@@ -44,8 +44,7 @@ private:
     void Reload();
     /// Makes the cameras be those of the settings. @returns those that leave
     std::vector<std::shared_ptr<EmulatedCamera>> Rearrange(const Settings& settings) REQUIRES(m_mutex);
-    std::shared_ptr<EmulatedCamera> Plug(const CameraSettings& camera, const InterfaceSettings& interface)
-        REQUIRES(m_mutex);
+    void Plug(const CameraSettings& camera, const InterfaceSettings& interface) REQUIRES(m_mutex);
     void Restart(const std::string& serial);
     std::uint32_t FreeAddress(const InterfaceSettings& interface, const std::string& serial) const
         REQUIRES(m_mutex);

@@ -145,7 +145,6 @@ public:
     void List(const std::string& name);
 
     RegisterBank& Bank() { return m_bank; }
-    DescriptionWriter& Xml() { return m_xml; }
     /// Address, length, access and port of a register as elements of a register node.
     void Locate(XmlNode& node, const char* registerName, std::uint32_t length, const char* access);
 

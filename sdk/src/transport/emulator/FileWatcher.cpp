@@ -7,7 +7,6 @@
 #include <climits>
 #include <cstring>
 #include <filesystem>
-#include <optional>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
@@ -75,7 +74,7 @@ void FileWatcher::WatchFolder() {
     }
 }
 
-bool FileWatcher::ReadEvents() {
+void FileWatcher::ReadEvents() {
     alignas(inotify_event) char buffer[16 * (sizeof(inotify_event) + NAME_MAX + 1)];
     bool folderChanged = false;
     std::optional<std::chrono::milliseconds> delay;
@@ -104,21 +103,16 @@ bool FileWatcher::ReadEvents() {
         delay = kQuiet;
     }
     if (delay) {
-        m_changeDue.assign(1, Clock::now() + *delay);
+        m_changeDue = Clock::now() + *delay;
     }
-    return delay.has_value();
 }
 
 int FileWatcher::MillisecondsToWait() {
-    std::optional<Clock::time_point> next;
-    const auto consider = [&](Clock::time_point due) { next = next ? std::min(*next, due) : due; };
-    for (const auto& due : m_changeDue) {
-        consider(due);
-    }
+    std::optional<Clock::time_point> next = m_changeDue;
     {
         const MutexLock lock(m_mutex);
         for (const Task& task : m_tasks) {
-            consider(task.due);
+            next = next ? std::min(*next, task.due) : task.due;
         }
     }
     if (!next) {
@@ -137,8 +131,8 @@ void FileWatcher::Run() {
         if (m_inotify >= 0) {
             ReadEvents();
         }
-        if (!m_changeDue.empty() && m_changeDue.front() <= Clock::now()) {
-            m_changeDue.clear();
+        if (m_changeDue && *m_changeDue <= Clock::now()) {
+            m_changeDue.reset();
             m_onChange();
         }
         std::vector<Task> due;

@@ -4,6 +4,7 @@
 #include "transport/emulator/Acquisition.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -33,7 +34,7 @@ private:
 
     void Run();
     void WatchFolder();
-    bool ReadEvents();
+    void ReadEvents();
     int MillisecondsToWait() EXCLUDES(m_mutex);
 
     const std::string m_folder, m_name;
@@ -41,7 +42,7 @@ private:
     int m_inotify = -1, m_wake = -1;
     int m_watch = -1;
     bool m_watchesFolder = false; ///< false: it does not exist yet, and its nearest ancestor is watched
-    std::vector<Clock::time_point> m_changeDue; ///< at most one: when the change is to be told
+    std::optional<Clock::time_point> m_changeDue; ///< when the change is to be told
     Mutex m_mutex;
     std::vector<Task> m_tasks GUARDED_BY(m_mutex);
     bool m_stop GUARDED_BY(m_mutex) = false;

@@ -281,7 +281,7 @@ void PixelWriter::Write(const std::uint16_t* light, std::uint32_t x, std::uint32
     Pack(x, count, row);
 }
 
-void PixelWriter::WriteBinary(const std::uint8_t* white, std::uint32_t x, std::uint32_t, std::uint32_t count,
+void PixelWriter::WriteBinary(const std::uint8_t* white, std::uint32_t x, std::uint32_t count,
                               std::uint8_t* row) {
     m_samples.resize(std::size_t{count} * 4 + 32);
     if (m_format.IsMono() || m_format.IsBayer()) {

@@ -43,6 +43,10 @@ struct EmulatedFormat {
 
     bool IsBayer() const { return order >= SampleOrder::BayerGR && order <= SampleOrder::BayerBG; }
     bool IsMono() const { return order == SampleOrder::Mono; }
+    /// The mosaic as a number of the camera's features: 1 GR, 2 RG, 3 GB, 4 BG; 0 without one.
+    int ColorFilter() const {
+        return IsBayer() ? static_cast<int>(order) - static_cast<int>(SampleOrder::BayerGR) + 1 : 0;
+    }
     /// Pixels that share bytes, and the bytes that they share. A row starts on a byte and is a whole number
     /// of groups.
     std::uint32_t GroupPixels() const;
@@ -75,8 +79,7 @@ public:
                std::uint8_t* row);
     /// The same for pixels that are black (0) or white (1) whatever the curves say: the frame counter's
     /// overlay.
-    void WriteBinary(const std::uint8_t* white, std::uint32_t x, std::uint32_t y, std::uint32_t count,
-                     std::uint8_t* row);
+    void WriteBinary(const std::uint8_t* white, std::uint32_t x, std::uint32_t count, std::uint8_t* row);
 
     static constexpr std::uint32_t kColumnStep = 8;
 

@@ -151,7 +151,7 @@ void Renderer::DrawCounter(std::uint64_t frameId, double seconds, std::uint8_t* 
                 }
             }
         }
-        m_writer->WriteBinary(m_binary.data(), 0, y, width, data + y * m_settings->RowBytes());
+        m_writer->WriteBinary(m_binary.data(), 0, width, data + y * m_settings->RowBytes());
     }
     drawn.changes.push_back(rect);
 }

@@ -76,11 +76,7 @@ void AddModes(FeatureBuilder& f, CameraModel& camera) {
 
 void AddRate(FeatureBuilder& f, CameraModel& camera) {
     RegisterBank& bank = f.Bank();
-    const auto wake = [&camera] {
-        if (camera.onWake) {
-            camera.onWake();
-        }
-    };
+    const auto wake = [&camera] { camera.Wake(); };
     f.Boolean("AcquisitionFrameRateEnable",
               "Whether Acquisition Frame Rate decides the rate; the sensor's own pace does otherwise.")
         .Stored()
@@ -174,19 +170,13 @@ void AddExposure(FeatureBuilder& f, CameraModel& camera) {
             throw Exception(Error::InvalidParameter, "the exposure time is out of range");
         }
         FitFrameRate(camera);
-        if (camera.onWake) {
-            camera.onWake();
-        }
+        camera.Wake();
     });
 }
 
 void AddTriggers(FeatureBuilder& f, CameraModel& camera) {
     RegisterBank& bank = f.Bank();
-    const auto wake = [&camera] {
-        if (camera.onWake) {
-            camera.onWake();
-        }
-    };
+    const auto wake = [&camera] { camera.Wake(); };
     f.Enumeration("TriggerSelector", "Which trigger the features below set.")
         .Initial(1)
         .Entry("AcquisitionStart", Acquisition::AcquisitionStart)

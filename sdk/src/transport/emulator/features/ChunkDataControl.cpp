@@ -64,7 +64,7 @@ void AddChunkFeature(FeatureBuilder& f, const char* type, const char* name, Chun
 
 ChunkLayout::Chunks BuildChunks(const CameraModel& camera, const ImageSettings& image,
                                 const Exposed& exposed) {
-    const RegisterBank& bank = const_cast<CameraModel&>(camera).Bank();
+    const RegisterBank& bank = camera.Bank();
     const bool big = bank.IsBigEndian();
     const bool infers = camera.Camera().inference != Inference::None && bank.Int("InferenceEnable");
     const bool detects = bank.Int("InferenceNetworkTypeSelector") == 1;

@@ -254,10 +254,7 @@ void AddPixelFormat(FeatureBuilder& f, CameraModel& camera) {
         .OnRead([&bank] {
             const EmulatedFormat* format =
                 FindEmulatedFormat(static_cast<std::uint32_t>(bank.Int("PixelFormat")));
-            const bool bayer = format && format->IsBayer();
-            bank.SetInt("PixelColorFilter",
-                        bayer ? static_cast<int>(format->order) - static_cast<int>(SampleOrder::BayerGR) + 1
-                              : 0);
+            bank.SetInt("PixelColorFilter", format ? format->ColorFilter() : 0);
         });
     f.IntReg("PixelDynamicRangeMin", "The smallest value of a pixel.").ReadOnly().Expert();
     f.IntReg("PixelDynamicRangeMax", "The largest value of a pixel.")
@@ -286,12 +283,12 @@ void AddPixelFormat(FeatureBuilder& f, CameraModel& camera) {
 } // namespace
 
 bool SensorDelivers(const CameraModel& camera, const EmulatedFormat& format) {
-    const std::int64_t filter = const_cast<CameraModel&>(camera).Bank().Int("SensorFilter");
+    const std::int64_t filter = camera.Bank().Int("SensorFilter");
     if (format.IsMono()) {
         return true;
     }
     if (format.IsBayer()) {
-        return filter == static_cast<int>(format.order) - static_cast<int>(SampleOrder::BayerGR) + 1;
+        return filter == format.ColorFilter();
     }
     return filter > 0;
 }
