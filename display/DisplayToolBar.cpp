@@ -56,3 +56,13 @@ void DisplayToolBar::setShortcutsActive(bool on) {
     zoomOutButton->setShortcut(on ? QKeySequence(QKeySequence::ZoomOut) : QKeySequence());
     copyButton->setShortcut(on ? QKeySequence(QKeySequence::Copy) : QKeySequence());
 }
+
+void DisplayToolBar::setStreaming(bool on) {
+    QToolButton* const offered = on ? stopButton : startButton;
+    QToolButton* const pressed = on ? startButton : stopButton;
+    offered->setEnabled(true);
+    if (pressed->hasFocus()) {
+        offered->setFocus(Qt::TabFocusReason);
+    }
+    pressed->setEnabled(false);
+}

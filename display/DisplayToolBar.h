@@ -17,6 +17,9 @@ public:
     /// Gives the keys for zooming and copying to this display's buttons, or takes them away: two displays
     /// that both claim a key would both lose it.
     void setShortcutsActive(bool on);
+    /// Offers Stop instead of Start, or Start instead of Stop. The keyboard's focus goes along: left on a
+    /// button that is disabled, it would move on to Single Image, and one key more would take one.
+    void setStreaming(bool on);
 
     QToolButton* startButton;
     QToolButton* singleButton;

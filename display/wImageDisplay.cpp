@@ -283,8 +283,7 @@ bool wImageDisplay::isMouseOverStatusBar() const {
 
 void wImageDisplay::OnStartStream() {
     m_singleGrabPending = false;
-    m_toolBar->startButton->setEnabled(false);
-    m_toolBar->stopButton->setEnabled(true);
+    m_toolBar->setStreaming(true);
     m_toolBar->acquisitionMode->Combo()->setEnabled(false);
     emit startContinuousCapture();
     emit enableSave();
@@ -296,8 +295,7 @@ void wImageDisplay::OnStartStream() {
 void wImageDisplay::OnStopStream() {
     emit stopProcessAndDisplay();
     emit stopContinuousCapture();
-    m_toolBar->startButton->setEnabled(true);
-    m_toolBar->stopButton->setEnabled(false);
+    m_toolBar->setStreaming(false);
     m_toolBar->acquisitionMode->Combo()->setEnabled(true);
 }
 

@@ -78,8 +78,12 @@ TEST_F(ImageDisplayTest, StreamsAndKeepsTheLastImageWhenItStops) {
     EXPECT_FALSE(Button("actionStartStream")->isEnabled());
     EXPECT_TRUE(Button("actionStopStream")->isEnabled());
     EXPECT_FALSE(ModeCombo()->isEnabled());
-    Click("actionStopStream");
+    m_window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&m_window));
+    Button("actionStopStream")->setFocus();
+    QTest::keyClick(Button("actionStopStream"), Qt::Key_Space);
     EXPECT_TRUE(Button("actionStartStream")->isEnabled());
+    EXPECT_TRUE(Button("actionStartStream")->hasFocus()) << "the next key would do something else";
     EXPECT_TRUE(ModeCombo()->isEnabled());
     EXPECT_FALSE(m_camera->IsStreaming());
 
