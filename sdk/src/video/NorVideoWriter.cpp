@@ -74,7 +74,10 @@ bool NorVideo::Writer::PartIsFull(const AVPacket& packet) const {
     if (m_maximumBytes <= 0 || !(packet.flags & AV_PKT_FLAG_KEY)) {
         return false;
     }
-    const std::int64_t next = std::max<std::int64_t>(packet.size, m_groupBytes + m_groupBytes / 2);
+    // Where every frame is a key frame, each is asked for.
+    const std::int64_t next = m_format.codec == Codec::H264
+                                  ? std::max<std::int64_t>(packet.size, m_groupBytes + m_groupBytes / 2)
+                                  : packet.size;
     return m_container->Bytes() + next + m_container->BytesToFinish() > m_maximumBytes;
 }
 
