@@ -136,7 +136,11 @@ void Recorder::Stop() {
 void Recorder::Finish() {
     m_runIsOpen = false; // the run may end here twice, after its last image and after its drain
     m_writes.Wait();
-    guarded("Closing the video", [this] { m_video.Close(); });
+    try {
+        m_video.Close();
+    } catch (const std::exception& error) {
+        qWarning("Recording: the end of the video could not be written: %s", error.what());
+    }
     m_behind.Release();
     m_memory.Release();
     if (const unsigned int failures = m_failures.exchange(0); failures > 1) {

@@ -65,6 +65,7 @@ void Container::WriteHeader(const Encoder& encoder) {
     m_hasFailed = result < 0;
     CheckFfmpeg(result, "Writing the header of " + m_fileName);
     m_hasHeader = true;
+    m_headerBytes = Bytes();
 }
 
 void Container::ThrowIfItTakesNoMore() const {
@@ -123,9 +124,10 @@ void Container::Close() {
     }
     const int closed = avio_closep(&m_context->pb);
     avformat_free_context(std::exchange(m_context, nullptr));
-    if (m_frames == 0) {
+    const bool isCut = m_hasFailed || result < 0;
+    if (m_frames == 0 || (isCut && m_lastGoodBytes <= m_headerBytes)) {
         unlink(m_fileName.c_str());
-    } else if (m_hasFailed || result < 0) {
+    } else if (isCut) {
         CutToLastGood();
     }
     if (!m_hasFailed) { // a failure has been told already

@@ -26,7 +26,8 @@ public:
     void WriteHeader(const Encoder& encoder);
     /// Takes packets with time stamps in frames, counted from any start. @throws Exception (Io).
     void Write(AVPacket& packet);
-    /// Writes index and lengths; a file without a frame is removed. @throws Exception (Io).
+    /// Writes index and lengths; a file without a frame is removed, also where none could be written whole.
+    /// @throws Exception (Io).
     void Close();
 
     /// Whether writing has failed before: the file is cut to what was written whole, and takes nothing more.
@@ -51,6 +52,7 @@ private:
     bool m_hasFailed = false;
     std::int64_t m_firstFrame = -1;
     std::int64_t m_frames = 0;
+    std::int64_t m_headerBytes = 0;
     std::int64_t m_lastGoodBytes = 0;
 };
 

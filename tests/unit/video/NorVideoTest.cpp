@@ -215,6 +215,25 @@ TEST_P(EveryVideo, PlaysWhatFittedWhenTheDiskIsFull) {
     EXPECT_GE(CountFrames(Path("full") + GetParam().extension), 3);
 }
 
+TEST_F(VideoFixture, NothingIsLeftOfAVideoThatHasNoFrame) {
+    const pid_t child = fork();
+    if (child == 0) {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{1200, 1200}; // room for the header
+        setrlimit(RLIMIT_FSIZE, &limit);
+        NorVideo video;
+        Open(video, Kind::H264, Path("header"), 320, 240);
+        for (int i = 0; i < 3; ++i) {
+            video.Append(Frame(320, 240, i).image);
+        }
+        _exit(ErrorOf([&] { video.Close(); }) == Error::Io ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "closing says what was lost";
+    EXPECT_TRUE(Files().empty());
+}
+
 TEST_P(EveryVideo, SaysWhatItCannotDo) {
     NorVideo video;
     EXPECT_EQ(ErrorOf([&] { video.Append(Frame(64, 48, 0).image); }), Error::NotInitialized);
