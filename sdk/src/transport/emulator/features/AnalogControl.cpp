@@ -35,8 +35,7 @@ void AddGain(FeatureBuilder& f) {
         .Add("FormulaTo", "FROM * 10")
         .Add("FormulaFrom", "TO * 0.1")
         .Add("pValue", "GainTenthsReg")
-        .Add("Slope", "Increasing")
-        .Add("IsLinear", "Yes");
+        .Add("Slope", "Increasing");
     f.Float("Gain", "Amplification of the picture.")
         .Unit("dB")
         .Min(0)
