@@ -23,6 +23,10 @@ public:
         }
         std::construct_at(m_first + m_size++, element);
     }
+    void Remove(std::uint32_t index) {
+        std::copy(m_first + index + 1, m_first + m_size, m_first + index);
+        --m_size;
+    }
 
     T* begin() const { return m_first; }
     T* end() const { return m_first + m_size; }

@@ -20,8 +20,7 @@ bool CategoryNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) 
     return Node::LoadElement(tag, element, loader);
 }
 
-void CategoryNode::CollectEdges(EdgeSink& edges) {
-    Node::CollectEdges(edges);
+void CategoryNode::CollectFeatureEdges(EdgeSink& edges) {
     for (Node* feature : m_features) {
         edges.Add(*this, Facet::Presence, feature, Facet::Presence);
     }

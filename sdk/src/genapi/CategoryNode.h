@@ -14,7 +14,11 @@ public:
     void GetFeatures(value_vector& features) const override;
 
     bool LoadElement(Tag tag, pugi::xml_node element, Loader& loader) override;
-    void CollectEdges(EdgeSink& edges) override;
+
+    const ArenaList<Node*>& Features() const { return m_features; }
+    void LeaveOut(std::uint32_t feature) { m_features.Remove(feature); }
+    /// Once all categories are loaded and none lists itself, directly or not.
+    void CollectFeatureEdges(EdgeSink& edges);
 
 protected:
     EAccessMode KindPresence() override;

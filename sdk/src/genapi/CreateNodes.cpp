@@ -71,6 +71,7 @@ Node* Loader::Create(const XmlElement& element, bool hidden) {
         break;
     case Tag::Category:
         node = Make<CategoryNode>(xml, name);
+        m_categories.push_back(static_cast<CategoryNode*>(node));
         break;
     case Tag::Integer:
         node = Make<IntegerNode>(xml, name);

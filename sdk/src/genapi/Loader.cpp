@@ -1,6 +1,7 @@
 #include "genapi/Loader.h"
 
 #include "genapi/Archive.h"
+#include "genapi/CategoryNode.h"
 #include "genapi/LookAhead.h"
 #include "genapi/PortNode.h"
 #include "genapi/Text.h"
@@ -207,7 +208,52 @@ void Loader::WatchPorts() {
     }
 }
 
+/// Categories that list one another would all be lost, and what they list with them; the listing that leads
+/// back is left out instead. Walked from the top without recursion: the nesting may be as deep as it likes.
+void Loader::CutCategoryLoops() {
+    enum : std::uint8_t { kNew, kOnPath, kDone };
+    struct Step {
+        CategoryNode* category;
+        std::uint32_t next;
+    };
+    std::vector<std::uint8_t> states(m_map.m_nodes.size(), kNew);
+    std::vector<Step> path;
+    const auto enter = [&](Node* node) {
+        if (node && node->GetPrincipalInterfaceType() == intfICategory && states[node->Index()] == kNew) {
+            states[node->Index()] = kOnPath;
+            path.push_back({static_cast<CategoryNode*>(node), 0});
+        }
+    };
+    const auto walk = [&](Node* top) {
+        for (enter(top); !path.empty();) {
+            auto& [category, next] = path.back();
+            if (next == category->Features().size()) {
+                states[category->Index()] = kDone;
+                path.pop_back();
+                continue;
+            }
+            Node* const feature = category->Features()[next];
+            if (states[feature->Index()] == kOnPath) {
+                Complain(category->Name() + ": its pFeature '" + feature->Name() +
+                         "' leads back to a category around it and is ignored");
+                category->LeaveOut(next);
+                continue;
+            }
+            ++next;
+            enter(feature);
+        }
+    };
+    walk(m_map.Named("Root"));
+    for (CategoryNode* category : m_categories) {
+        walk(category);
+    }
+}
+
 void Loader::Connect() {
+    CutCategoryLoops();
+    for (CategoryNode* category : m_categories) {
+        category->CollectFeatureEdges(m_edges);
+    }
     WatchPorts();
     auto& graph = m_map.m_graph;
     graph.Build(static_cast<std::uint32_t>(m_map.m_nodes.size()) * kFacets, m_edges.m_edges);

@@ -12,6 +12,7 @@
 
 namespace Norvane::GenApi {
 
+class CategoryNode;
 class EnumerationNode;
 
 /// An element that is read ahead of what is made of it.
@@ -104,6 +105,7 @@ private:
     void FindLikely();
     Node* Named(pugi::xml_node element) const;
     void LoadNode(Node& node, std::span<const XmlElement> elements);
+    void CutCategoryLoops();
     void WatchPorts();
     void Connect();
     void ReportTrouble(const Graph::Trouble& trouble);
@@ -121,6 +123,7 @@ private:
     EdgeSink m_edges;
     std::vector<std::uint32_t> m_uncachable; ///< vertices
     std::vector<PortNode*> m_portNodes;      ///< of the description
+    std::vector<CategoryNode*> m_categories; ///< of the description
     std::vector<Node*> m_linking;            ///< nodes with links
     PortNode* m_mainPort = nullptr;
     int m_complaints = 0;

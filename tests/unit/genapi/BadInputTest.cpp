@@ -127,6 +127,38 @@ TEST(BadInput, CyclesAreNamed) {
     EXPECT_EQ(t.Access("Self"), RO);
 }
 
+TEST(BadInput, CategoriesThatListOneAnotherKeepTheRest) {
+    const LogLines log;
+    const auto map = CreateNodeMap(
+        "<RegisterDescription SchemaMajorVersion=\"1\">"
+        "<Category Name=\"Root\"><pFeature>Outer</pFeature><pFeature>Width</pFeature></Category>"
+        "<Category Name=\"Outer\"><pFeature>Outer</pFeature><pFeature>Inner</pFeature></Category>"
+        "<Category Name=\"Inner\"><pFeature>Root</pFeature><pFeature>Outer</pFeature>"
+        "<pFeature>Width</pFeature></Category>"
+        "<Category Name=\"Left\"><pFeature>Right</pFeature></Category>"
+        "<Category Name=\"Right\"><pFeature>Left</pFeature><pFeature>Width</pFeature></Category>"
+        "<Integer Name=\"Width\"><Value>1</Value></Integer></RegisterDescription>",
+        std::make_shared<CountingPort>());
+    const auto listed = [&](const char* name) {
+        std::string names;
+        value_vector features;
+        const CCategoryPtr category = map->GetNode(name);
+        EXPECT_EQ(category->GetAccessMode(), RO) << name;
+        category->GetFeatures(features);
+        for (IValue* feature : features) {
+            names += feature->GetNode()->GetName().str() + " ";
+        }
+        return names;
+    };
+    EXPECT_EQ(listed("Root"), "Outer Width ");
+    EXPECT_EQ(listed("Outer"), "Inner ");
+    EXPECT_EQ(listed("Inner"), "Width ");
+    EXPECT_EQ(listed("Left"), "Right ");
+    EXPECT_EQ(listed("Right"), "Width ");
+    EXPECT_EQ(log.Count({"leads back"}), 4) << log.All();
+    EXPECT_EQ(log.Count({"Inner", "'Root'"}), 1);
+}
+
 TEST(BadInput, CopiesMayListOneAnother) {
     std::string doubling = "<Integer Name=\"D60\"><Value>0</Value></Integer>";
     for (int i = 0; i < 60; ++i) {
