@@ -6,16 +6,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <optional>
 
 namespace Norvane::GenApi {
 
 namespace {
 
-/// What the formula makes of one end of the range behind it; nothing where it has no value there, for example
-/// 1/TO at 0: that costs this limit and not the other one.
 template <class Convert>
-auto ValueAtEnd(Convert&& convert) -> std::optional<decltype(convert())> {
+auto ValueAt(Convert&& convert) -> std::optional<decltype(convert())> {
     try {
         return convert();
     } catch (const Exception& error) {
@@ -24,6 +23,28 @@ auto ValueAtEnd(Convert&& convert) -> std::optional<decltype(convert())> {
         }
         return std::nullopt;
     }
+}
+
+/// A limit of what the formula makes of the range behind it. An end without a value, for example 1/TO at 0,
+/// costs this limit and not the other one where the slope tells which is which.
+/// @param end  the formula's value at an end of the range: lower (true) or upper
+/// @param middle  its value between them
+template <class T, class End, class Middle>
+std::optional<T> LimitOver(Slope slope, bool lower, End&& end, Middle&& middle) {
+    const std::optional<T> first = end(true);
+    const std::optional<T> last = end(false);
+    if (!first || !last) {
+        return slope == Slope::Automatic               ? std::nullopt
+               : lower == (slope == Slope::Increasing) ? first
+                                                       : last;
+    }
+    const auto [least, most] = std::minmax(*first, *last);
+    // 1/TO over a range on both sides of 0 leaves its ends far behind: they limit nothing.
+    const std::optional<T> between = middle();
+    if (!between || !(*between >= least && *between <= most)) {
+        return std::nullopt;
+    }
+    return lower ? least : most;
 }
 
 } // namespace
@@ -132,24 +153,21 @@ void IntConverterNode::WriteInteger(std::int64_t value) {
 
 std::int64_t IntConverterNode::Limit(bool lower) {
     const auto otherwise = lower ? kLowest : kHighest;
-    const auto slope = m_core.GetSlope();
-    if (slope == Slope::Varying) {
+    if (m_core.GetSlope() == Slope::Varying) {
         return otherwise;
     }
-    const auto at = [&](bool lowerBehind) -> std::optional<std::int64_t> {
-        const auto end = lowerBehind ? m_core.Behind().MinInteger() : m_core.Behind().MaxInteger();
-        // A range without a limit has none after conversion either; the formula would only overflow.
-        if (end == (lowerBehind ? kLowest : kHighest)) {
-            return std::nullopt;
-        }
-        return ValueAtEnd([&] { return m_core.FromInteger(end, false); });
+    const auto min = m_core.Behind().MinInteger();
+    const auto max = m_core.Behind().MaxInteger();
+    const auto at = [&](std::int64_t behind) {
+        return ValueAt([&] { return m_core.FromInteger(behind, false); });
     };
-    if (slope != Slope::Automatic) {
-        return at(lower == (slope == Slope::Increasing)).value_or(otherwise);
-    }
-    const auto first = at(true);
-    const auto last = at(false);
-    return !first || !last ? otherwise : lower ? std::min(*first, *last) : std::max(*first, *last);
+    const auto end = [&](bool atMin) -> std::optional<std::int64_t> {
+        // A range without a limit has none after conversion either; the formula would only overflow.
+        const bool unlimited = atMin ? min == kLowest : max == kHighest;
+        return unlimited ? std::nullopt : at(atMin ? min : max);
+    };
+    return LimitOver<std::int64_t>(m_core.GetSlope(), lower, end, [&] { return at(std::midpoint(min, max)); })
+        .value_or(otherwise);
 }
 
 bool ConverterNode::LoadElement(Tag tag, pugi::xml_node element, Loader& loader) {
@@ -175,24 +193,19 @@ void ConverterNode::WriteFloat(double value) {
 
 double ConverterNode::Limit(bool lower) {
     const auto otherwise = lower ? kLowest : kHighest;
-    const auto slope = m_core.GetSlope();
-    if (slope == Slope::Varying) {
+    if (m_core.GetSlope() == Slope::Varying) {
         return otherwise;
     }
-    const auto at = [&](bool lowerBehind) -> std::optional<double> {
-        const auto value = ValueAtEnd([&] {
-            return m_core.FromFloat(lowerBehind ? m_core.Behind().MinFloat() : m_core.Behind().MaxFloat(),
-                                    false);
-        });
-        return value && !std::isnan(*value) ? std::optional(std::clamp(*value, kLowest, kHighest))
-                                            : std::nullopt;
+    const auto min = m_core.Behind().MinFloat();
+    const auto max = m_core.Behind().MaxFloat();
+    const auto at = [&](double behind) -> std::optional<double> {
+        const auto value = ValueAt([&] { return m_core.FromFloat(behind, false); });
+        return value && !std::isnan(*value) ? value : std::nullopt;
     };
-    if (slope != Slope::Automatic) {
-        return at(lower == (slope == Slope::Increasing)).value_or(otherwise);
-    }
-    const auto first = at(true);
-    const auto last = at(false);
-    return !first || !last ? otherwise : lower ? std::min(*first, *last) : std::max(*first, *last);
+    const auto limit = LimitOver<double>(
+        m_core.GetSlope(), lower, [&](bool atMin) { return at(atMin ? min : max); },
+        [&] { return at(std::midpoint(min, max)); });
+    return std::clamp(limit.value_or(otherwise), kLowest, kHighest);
 }
 
 double ConverterNode::ComputeInc() {

@@ -183,6 +183,10 @@ TEST(Kinds, RangesOfConverters) {
               "<Converter "
               "Name=\"Linear\"><FormulaTo>FROM*4</FormulaTo><FormulaFrom>TO/4</FormulaFrom><pValue>V</"
               "pValue><IsLinear>Yes</IsLinear></Converter>"
+              "<FloatReg Name=\"Period\"><Address>0</Address><Length>4</Length>"
+              "<AccessMode>RW</AccessMode></FloatReg>"
+              "<Converter Name=\"Rate\"><FormulaTo>1000000/FROM</FormulaTo>"
+              "<FormulaFrom>1000000/TO</FormulaFrom><pValue>Period</pValue></Converter>"
               "<IntConverter "
               "Name=\"Whole\"><FormulaTo>FROM-5</FormulaTo><FormulaFrom>5-TO</FormulaFrom><pValue>V</"
               "pValue></IntConverter>");
@@ -191,6 +195,11 @@ TEST(Kinds, RangesOfConverters) {
     EXPECT_EQ(t.Float("Reciprocal")->GetMin(), 10);    // but at the other end
     EXPECT_EQ(ErrorOf([&] { t.Float("Reciprocal")->SetValue(5); }), "Reciprocal: 5 is below the minimum 10");
     EXPECT_EQ(t.Int("V")->GetValue(), 4);
+    // On both sides of 0 the ends say nothing of what lies between.
+    EXPECT_GT(t.Float("Rate")->GetMax(), 1e300);
+    EXPECT_LT(t.Float("Rate")->GetMin(), -1e300);
+    t.Float("Rate")->SetValue(30);
+    EXPECT_NEAR(t.Float("Rate")->GetValue(), 30, 1e-5);
     EXPECT_EQ(t.Float("Linear")->GetInc(), 0.25);
     EXPECT_EQ(t.Int("Whole")->GetMin(), -5);
     EXPECT_EQ(t.Int("Whole")->GetMax(), 5);
