@@ -3,7 +3,9 @@
 #include <QOpenGLContext>
 #include <QtDebug>
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 
 // OpenGL ES has no such format; drivers that offer it take this value.
 #ifndef GL_BGR
@@ -14,20 +16,31 @@ namespace {
 
 constexpr int kPosition = 0;
 constexpr int kCoordinate = 1;
-constexpr int kLogoQuad = 0; // first vertices
-constexpr int kImageQuad = 4;
+constexpr int kVerticesPerQuad = 4;
 
-// x, y, depth, texture s, texture t. The logo's rows come bottom up, the image's top down.
-constexpr std::array<float, 40> kQuads = {
-    -1, -1, -1,   0, 0, //
-    1,  -1, -1,   1, 0, //
-    1,  1,  -1,   1, 1, //
-    -1, 1,  -1,   0, 1, //
-    -1, 1,  0.5F, 0, 0, //
-    1,  1,  0.5F, 1, 0, //
-    1,  -1, 0.5F, 1, 1, //
-    -1, -1, 0.5F, 0, 1,
+// x, y, depth, texture s, texture t; the logo's rows come bottom up.
+constexpr std::array<float, 20> kLogoQuad = {
+    -1, -1, -1, 0, 0, //
+    1,  -1, -1, 1, 0, //
+    1,  1,  -1, 1, 1, //
+    -1, 1,  -1, 0, 1, //
 };
+
+/// A part of the image, whose rows come top down.
+std::array<float, 20> tileQuad(const QRect& tile, int width, int height) {
+    const auto across = [width](int x) {
+        return 2.0F * static_cast<float>(x) / static_cast<float>(width) - 1;
+    };
+    const auto up = [height](int y) { return 1 - 2.0F * static_cast<float>(y) / static_cast<float>(height); };
+    const float left = across(tile.x()), right = across(tile.x() + tile.width());
+    const float top = up(tile.y()), bottom = up(tile.y() + tile.height());
+    return {
+        left,  top,    0.5F, 0, 0, //
+        right, top,    0.5F, 1, 0, //
+        right, bottom, 0.5F, 1, 1, //
+        left,  bottom, 0.5F, 0, 1, //
+    };
+}
 
 constexpr char kVertexShader[] = R"(
 IN vec3 position;
@@ -88,8 +101,11 @@ GLenum sourceFormat(QuadRenderer::Pixels pixels) {
 } // namespace
 
 void QuadRenderer::Create(QOpenGLFunctions& gl, const QImage& logo) {
+    gl.glGetIntegerv(GL_MAX_TEXTURE_SIZE, &m_maxTextureSide);
     Compile(m_logoProgram, kLogoShader);
     Compile(m_imageProgram, kImageShader);
+    m_layout.create(); // not there before OpenGL 3; binding it then does nothing
+    m_quads.create();
     FillQuads();
     if (!logo.isNull()) {
         gl.glGenTextures(1, &m_logoTexture);
@@ -119,68 +135,107 @@ void QuadRenderer::Compile(QOpenGLShaderProgram& program, const char* fragmentSh
 }
 
 void QuadRenderer::FillQuads() {
-    m_layout.create(); // not there before OpenGL 3; binding it then does nothing
     const QOpenGLVertexArrayObject::Binder layout(&m_layout);
-    m_quads.create();
+    std::vector<float> corners(kLogoQuad.begin(), kLogoQuad.end());
+    for (const Tile& tile : m_tiles) {
+        const auto quad = tileQuad(tile.area, m_imageWidth, m_imageHeight);
+        corners.insert(corners.end(), quad.begin(), quad.end());
+    }
     m_quads.bind();
-    m_quads.allocate(kQuads.data(), sizeof kQuads);
+    m_quads.allocate(corners.data(), static_cast<int>(corners.size() * sizeof(float)));
     m_quads.release();
 }
 
 void QuadRenderer::Destroy(QOpenGLFunctions& gl) {
     gl.glDeleteTextures(1, &m_logoTexture);
-    gl.glDeleteTextures(1, &m_imageTexture);
     m_logoTexture = 0;
-    m_imageTexture = 0;
-    m_imageWidth = 0;
-    m_imageHeight = 0;
+    DeleteTiles(gl);
     m_quads.destroy();
     m_layout.destroy();
     m_logoProgram.removeAllShaders();
     m_imageProgram.removeAllShaders();
 }
 
-void QuadRenderer::CreateTexture(QOpenGLFunctions& gl, Pixels pixels, int width, int height) {
-    gl.glDeleteTextures(1, &m_imageTexture);
-    gl.glGenTextures(1, &m_imageTexture);
-    gl.glBindTexture(GL_TEXTURE_2D, m_imageTexture);
+void QuadRenderer::DeleteTiles(QOpenGLFunctions& gl) {
+    for (const Tile& tile : m_tiles) {
+        gl.glDeleteTextures(1, &tile.texture);
+    }
+    m_tiles.clear();
+    m_imageWidth = 0;
+    m_imageHeight = 0;
+}
+
+void QuadRenderer::CreateTiles(QOpenGLFunctions& gl, Pixels pixels, int width, int height) {
+    DeleteTiles(gl);
+    const int side = std::max(static_cast<int>(m_maxTextureSide), 1);
+    for (int top = 0; top < height; top += side) {
+        for (int left = 0; left < width; left += side) {
+            const QRect area(left, top, std::min(side, width - left), std::min(side, height - top));
+            m_tiles.push_back({CreateTexture(gl, pixels, area.size()), area});
+        }
+    }
+    m_imagePixels = pixels;
+    m_imageWidth = width;
+    m_imageHeight = height;
+    FillQuads();
+}
+
+GLuint QuadRenderer::CreateTexture(QOpenGLFunctions& gl, Pixels pixels, const QSize& size) {
+    GLuint texture = 0;
+    gl.glGenTextures(1, &texture);
+    gl.glBindTexture(GL_TEXTURE_2D, texture);
     gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
     gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
     gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
     gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
     const GLint format = pixels == Pixels::Bgr ? GL_RGB : greyFormat() == GL_RED ? GL_R8 : GL_LUMINANCE;
-    gl.glTexImage2D(GL_TEXTURE_2D, 0, format, width, height, 0, sourceFormat(pixels), GL_UNSIGNED_BYTE,
-                    nullptr);
+    gl.glTexImage2D(GL_TEXTURE_2D, 0, format, size.width(), size.height(), 0, sourceFormat(pixels),
+                    GL_UNSIGNED_BYTE, nullptr);
     if (format == GL_R8) {
         gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_SWIZZLE_G, GL_RED);
         gl.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_SWIZZLE_B, GL_RED);
     }
-    m_imagePixels = pixels;
-    m_imageWidth = width;
-    m_imageHeight = height;
+    return texture;
 }
 
 void QuadRenderer::Upload(QOpenGLFunctions& gl, QOpenGLBuffer& buffer, Pixels pixels, int width, int height) {
     gl.glActiveTexture(GL_TEXTURE0);
-    if (width != m_imageWidth || height != m_imageHeight || pixels != m_imagePixels || m_imageTexture == 0) {
-        CreateTexture(gl, pixels, width, height);
+    if (width != m_imageWidth || height != m_imageHeight || pixels != m_imagePixels || m_tiles.empty()) {
+        CreateTiles(gl, pixels, width, height);
     }
     buffer.bind();
-    gl.glBindTexture(GL_TEXTURE_2D, m_imageTexture);
     gl.glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    gl.glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, width, height, sourceFormat(pixels), GL_UNSIGNED_BYTE,
-                       nullptr);
+    const bool several = m_tiles.size() > 1;
+    if (several) {
+        gl.glPixelStorei(GL_UNPACK_ROW_LENGTH, width);
+    }
+    const std::uintptr_t pixelBytes = pixels == Pixels::Grey ? 1 : 3;
+    for (const Tile& tile : m_tiles) {
+        const auto before = static_cast<std::uintptr_t>(tile.area.y()) * static_cast<std::uintptr_t>(width) +
+                            static_cast<std::uintptr_t>(tile.area.x());
+        gl.glBindTexture(GL_TEXTURE_2D, tile.texture);
+        gl.glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, tile.area.width(), tile.area.height(),
+                           sourceFormat(pixels), GL_UNSIGNED_BYTE,
+                           reinterpret_cast<const void*>(before * pixelBytes)); // within the buffer
+    }
+    if (several) {
+        gl.glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+    }
     gl.glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
     gl.glBindTexture(GL_TEXTURE_2D, 0);
     buffer.release();
 }
 
 void QuadRenderer::DrawLogo(QOpenGLFunctions& gl) {
-    Draw(gl, m_logoProgram, m_logoTexture, kLogoQuad);
+    Draw(gl, m_logoProgram, m_logoTexture, 0);
 }
 
 void QuadRenderer::DrawImage(QOpenGLFunctions& gl) {
-    Draw(gl, m_imageProgram, m_imageTexture, kImageQuad);
+    int firstVertex = kVerticesPerQuad; // behind the logo's
+    for (const Tile& tile : m_tiles) {
+        Draw(gl, m_imageProgram, tile.texture, firstVertex);
+        firstVertex += kVerticesPerQuad;
+    }
 }
 
 void QuadRenderer::Draw(QOpenGLFunctions& gl, QOpenGLShaderProgram& program, GLuint texture,
@@ -201,7 +256,7 @@ void QuadRenderer::Draw(QOpenGLFunctions& gl, QOpenGLShaderProgram& program, GLu
     program.enableAttributeArray(kCoordinate);
     program.setAttributeBuffer(kPosition, GL_FLOAT, 0, 3, 5 * sizeof(float));
     program.setAttributeBuffer(kCoordinate, GL_FLOAT, 3 * sizeof(float), 2, 5 * sizeof(float));
-    gl.glDrawArrays(GL_TRIANGLE_FAN, firstVertex, 4);
+    gl.glDrawArrays(GL_TRIANGLE_FAN, firstVertex, kVerticesPerQuad);
     program.disableAttributeArray(kCoordinate);
     program.disableAttributeArray(kPosition);
     m_quads.release();

@@ -13,6 +13,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <string>
 
 using Norvane::ImagePtr;
 
@@ -177,8 +179,16 @@ ImagePtr wGLImageDisplay::ConvertInto(PixelBuffer& target, const ImagePtr& image
     // Grey stays one byte a pixel: three times as much would be written, and most drivers rearrange it.
     const bool grey = isGrey(image, m_colorProcessingAlgorithm);
     const auto pixels = grey ? QuadRenderer::Pixels::Grey : QuadRenderer::Pixels::Bgr;
+    const qint64 bytes = qint64{width} * height * (grey ? 1 : 3);
+    if (bytes > std::numeric_limits<int>::max()) {
+        NoteConversionError(image, Norvane::Exception(Norvane::Error::InvalidBuffer,
+                                                      "they are too large: " + std::to_string(width) + " x " +
+                                                          std::to_string(height) + " pixels"));
+        target.buffer.release();
+        return {};
+    }
     if (target.width != width || target.height != height || target.pixels != pixels) {
-        target.byteSize = width * height * (grey ? 1 : 3);
+        target.byteSize = static_cast<int>(bytes);
         target.buffer.allocate(target.byteSize);
         target.pixels = pixels;
         target.width = width;

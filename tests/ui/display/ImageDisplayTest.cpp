@@ -11,6 +11,8 @@
 #include <QFileInfo>
 #include <QInputDialog>
 #include <QLineEdit>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -103,6 +105,12 @@ TEST_F(ImageDisplayTest, StreamsAndKeepsTheLastImageWhenItStops) {
 
 QStringList warnings;
 
+void collectWarnings(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type == QtWarningMsg) {
+        warnings.append(text);
+    }
+}
+
 TEST_F(ImageDisplayTest, ImagesThatCannotBeShownAreToldOnceAndLeaveThePicture) {
     Open();
     StreamUntilShown();
@@ -116,12 +124,7 @@ TEST_F(ImageDisplayTest, ImagesThatCannotBeShownAreToldOnceAndLeaveThePicture) {
     std::vector<std::uint8_t> pixels(layout.width * layout.height);
 
     warnings.clear();
-    const QtMessageHandler former =
-        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
-            if (type == QtWarningMsg) {
-                warnings.append(text);
-            }
-        });
+    const QtMessageHandler former = qInstallMessageHandler(collectWarnings);
     for (int i = 0; i < 5; ++i) {
         ++layout.frameId;
         Gl()->updateImageDisplayGL(
@@ -136,6 +139,53 @@ TEST_F(ImageDisplayTest, ImagesThatCannotBeShownAreToldOnceAndLeaveThePicture) {
 
     Gl()->updateImageDisplayGL(shown);
     EXPECT_EQ(Gl()->grabFramebuffer(), before) << "a good image is shown again";
+
+    warnings.clear();
+    qInstallMessageHandler(collectWarnings);
+    layout.pfncCode = 0;
+    layout.format = Norvane::PixelFormat_BayerRG8;
+    layout.width = layout.height = 30'000; // more bytes of colour than one buffer of the display takes
+    for (int i = 0; i < 5; ++i) {
+        Gl()->updateImageDisplayGL(
+            Norvane::Imaging::MakeImage(layout, pixels.data(), pixels.size(), nullptr));
+    }
+    qInstallMessageHandler(former);
+    ASSERT_EQ(warnings.size(), 1) << warnings.join("; ").toStdString();
+    EXPECT_TRUE(warnings[0].contains("too large: 30000 x 30000")) << warnings[0].toStdString();
+}
+
+TEST_F(ImageDisplayTest, AnImageLargerThanATextureIsShownWhole) {
+    Open();
+    StreamUntilShown();
+    Click("actionStopStream");
+    Gl()->makeCurrent();
+    GLint limit = 0;
+    QOpenGLContext::currentContext()->functions()->glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
+    const auto large = static_cast<std::uint32_t>(limit + 500);
+    for (const auto& [width, height] : {std::pair(large, 40U), {40U, large}}) {
+        // Brighter and brighter along the long side.
+        std::vector<std::uint8_t> pixels(std::size_t{width} * height);
+        for (std::size_t i = 0; i < pixels.size(); ++i) {
+            pixels[i] = static_cast<std::uint8_t>((width == large ? i % width : i / width) * 250 / large);
+        }
+        Norvane::Imaging::ImageLayout layout;
+        layout.format = Norvane::PixelFormat_BayerRG8;
+        layout.width = width;
+        layout.height = height;
+        const auto image = Norvane::Imaging::MakeImage(layout, pixels.data(), pixels.size(), nullptr);
+        for (const int algorithm : {Norvane::NO_COLOR_PROCESSING, Norvane::NEAREST_NEIGHBOR}) {
+            Gl()->setColorProcessingAlgorithm(algorithm);
+            Gl()->updateImageDisplayGL(image);
+            Gl()->stretchToFit(QSize(250, 250));
+            QCoreApplication::processEvents();
+            const QImage seen = Gl()->grabFramebuffer();
+            ASSERT_EQ(std::max(seen.width(), seen.height()), 250);
+            for (int place = 0; place < 250; ++place) {
+                const QRgb color = width == large ? seen.pixel(place, 0) : seen.pixel(0, place);
+                ASSERT_NEAR(qRed(color), place, 1) << width << " x " << height << " with " << algorithm;
+            }
+        }
+    }
 }
 
 TEST_F(ImageDisplayTest, SaveWritesTheCamerasImageInTheChosenFormat) {
