@@ -124,11 +124,26 @@ Positions PositionsOf(Components components) {
     }
 }
 
-// Recommendations ITU-R BT.601 and BT.709: luma's share of red and blue, and for the studio range 219 steps
-// of luma above 16 and 224 of chroma, times 2^(bits - 8).
+/// Luma's share of red and of blue.
+struct Shares {
+    double red, blue;
+};
+
+Shares SharesOf(ColorMatrix matrix) {
+    switch (matrix) {
+    case ColorMatrix::Studio709:
+        return {0.2126, 0.0722};
+    case ColorMatrix::Studio2020:
+        return {0.2627, 0.0593};
+    default:
+        return {0.299, 0.114};
+    }
+}
+
+// Recommendations ITU-R BT.601, BT.709 and BT.2020 (non-constant luminance): luma's shares, and for the
+// studio range 219 steps of luma above 16 and 224 of chroma, times 2^(bits - 8).
 LumaChromaFactors FactorsOf(ColorMatrix matrix, unsigned bits, unsigned container, double top) {
-    const double red = matrix == ColorMatrix::Studio709 ? 0.2126 : 0.299;
-    const double blue = matrix == ColorMatrix::Studio709 ? 0.0722 : 0.114;
+    const auto [red, blue] = SharesOf(matrix);
     const double green = 1 - red - blue;
     const bool studio = matrix != ColorMatrix::Full601;
     const double unit = static_cast<double>(1U << (bits - 8));

@@ -36,8 +36,8 @@ enum class Components : std::uint8_t {
     CbYYCrYY, ///< 4:1:1
 };
 
-/// How luma and chroma become RGB: ITU-R BT.601 or BT.709, full or studio range (16 to 235 of 256).
-enum class ColorMatrix : std::uint8_t { None, Full601, Studio601, Studio709 };
+/// How luma and chroma become RGB: ITU-R BT.601, BT.709 or BT.2020, full or studio range (16 to 235 of 256).
+enum class ColorMatrix : std::uint8_t { None, Full601, Studio601, Studio709, Studio2020 };
 
 struct PixelLayout {
     PixelFormatInfo info;

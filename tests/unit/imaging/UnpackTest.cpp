@@ -365,9 +365,10 @@ TEST(PixelFormats, LumaAndChromaBecomeTheColourThatTheyMean) {
         if (layout->matrix == ColorMatrix::None) {
             continue;
         }
-        const bool hd = layout->matrix == ColorMatrix::Studio709,
-                   studio = layout->matrix != ColorMatrix::Full601;
-        const double kr = hd ? 0.2126 : 0.299, kb = hd ? 0.0722 : 0.114;
+        const bool studio = layout->matrix != ColorMatrix::Full601;
+        const bool hd = layout->matrix == ColorMatrix::Studio709;
+        const bool uhd = layout->matrix == ColorMatrix::Studio2020;
+        const double kr = uhd ? 0.2627 : hd ? 0.2126 : 0.299, kb = uhd ? 0.0593 : hd ? 0.0722 : 0.114;
         const unsigned bits = layout->info.significantBits;
         const double unit = 1U << (bits - 8);
         for (const auto& color : kColors) {
