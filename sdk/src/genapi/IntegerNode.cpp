@@ -17,6 +17,7 @@ void IntegerBase::SetValue(std::int64_t value, bool verify) {
     RequireWritable();
     if (verify) {
         Verify(value);
+        RequireRoom(value);
     }
     WriteInteger(value);
     if (verify) {
@@ -199,6 +200,7 @@ void IntegerBase::FromText(const std::string& text, bool verify) {
     }
     if (verify) {
         Verify(*value);
+        RequireRoom(*value);
     }
     WriteInteger(*value);
 }
@@ -246,6 +248,12 @@ void IntegerNode::CollectEdges(EdgeSink& edges) {
 void IntegerNode::WriteInteger(std::int64_t value) {
     if (m_source.Write(value)) {
         m_map.ValueChanged(*this);
+    }
+}
+
+void IntegerNode::RequireRoom(std::int64_t value) {
+    if (Node* const behind = m_source.Current()) {
+        behind->RequireRoom(value);
     }
 }
 

@@ -69,6 +69,7 @@ public:
     void FinishLoading(Loader& loader) override;
     void CollectEdges(EdgeSink& edges) override;
     void WriteInteger(std::int64_t value) override;
+    void RequireRoom(std::int64_t value) override;
     ERepresentation Representation() override;
     std::string Unit() override;
 

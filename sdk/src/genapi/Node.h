@@ -105,6 +105,9 @@ public:
     virtual void WriteInteger(std::int64_t value);
     virtual void WriteFloat(double value);
     virtual void WriteText(const std::string& value);
+    /// Before a verified write: whether what lies behind the value can hold it, whatever range is described.
+    /// @throws Exception (GenApiOutOfRange).
+    virtual void RequireRoom(std::int64_t) {}
     virtual std::int64_t MinInteger();
     virtual std::int64_t MaxInteger();
     virtual std::int64_t IncInteger();

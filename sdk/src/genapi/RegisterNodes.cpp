@@ -176,6 +176,16 @@ void IntRegNode::WriteInteger(std::int64_t value) {
     m_register.Write(bytes);
 }
 
+void IntRegNode::RequireRoom(std::int64_t value) {
+    const auto bits = Field(m_register.Length()).count;
+    // Negative numbers are taken in an unsigned register, too: makers forget the sign.
+    const auto beyond = static_cast<std::uint64_t>(value < 0 ? ~value : value >> 1) >> (bits - 1);
+    if (beyond != 0) {
+        Fail(Error::GenApiOutOfRange,
+             std::to_string(value) + " does not fit into its " + std::to_string(bits) + " bits");
+    }
+}
+
 std::int64_t IntRegNode::ComputeMin() {
     const auto bits = Field(m_register.Length()).count;
     return m_layout.isSigned ? static_cast<std::int64_t>(~(Mask(bits) >> 1)) : 0;

@@ -61,6 +61,7 @@ public:
     bool LoadElement(Tag tag, pugi::xml_node element, Loader& loader) override;
     void FinishLoading(Loader& loader) override;
     void WriteInteger(std::int64_t value) override;
+    void RequireRoom(std::int64_t value) override;
 
 protected:
     std::int64_t ComputeInteger(bool fresh) override;

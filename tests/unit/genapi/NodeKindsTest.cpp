@@ -205,6 +205,42 @@ TEST(Kinds, RangesOfConverters) {
     EXPECT_EQ(t.Int("Whole")->GetMax(), 5);
 }
 
+TEST(Kinds, RangesWiderThanTheRegister) {
+    const auto bits = [](const char* name, int lsb, int msb) {
+        return std::string("<MaskedIntReg Name=\"") + name +
+               "\"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode><LSB>" +
+               std::to_string(lsb) + "</LSB><MSB>" + std::to_string(msb) + "</MSB></MaskedIntReg>";
+    };
+    const auto over = [](const char* name, const char* behind) {
+        return std::string("<Integer Name=\"") + name + "\"><pValue>" + behind +
+               "</pValue><Min>-5000000000</Min><Max>5000000000</Max></Integer>";
+    };
+    TestMap t(bits("Byte", 8, 15) + bits("Bit", 0, 0) + Reg("All", 0) + over("B", "Byte") + over("BB", "B") +
+              over("One", "Bit") + over("A", "All"));
+    struct Case {
+        const char* node;
+        std::int64_t value;
+        bool taken;
+    };
+    for (const auto& [node, value, taken] : {Case{"B", 255, true},
+                                             {"B", 256, false},
+                                             {"BB", 256, false},
+                                             {"B", -128, true},
+                                             {"B", -129, false},
+                                             {"One", 1, true},
+                                             {"One", 2, false},
+                                             {"One", -1, true},
+                                             {"One", -2, false},
+                                             {"A", 0xFFFFFFFF, true},
+                                             {"A", 0x100000000, false}}) {
+        const auto before = t.port->bytes;
+        const auto error = ErrorOf([&, name = node, number = value] { t.Int(name)->SetValue(number); });
+        EXPECT_EQ(error.empty(), taken) << node << " " << value << " " << error;
+        EXPECT_TRUE(taken || t.port->bytes == before) << node << " " << value;
+    }
+    EXPECT_EQ(ErrorOf([&] { t.Int("BB")->SetValue(300); }), "Byte: 300 does not fit into its 8 bits");
+}
+
 TEST(Kinds, NumbersBeyondAnIntegerNameTheNode) {
     TestMap t(
         "<Integer Name=\"Whole\"><Value>1</Value></Integer>"
