@@ -106,6 +106,24 @@ TEST_F(FileAccessTest, FlashOutlivesAPowerCycleAndMemoryDoesNot) {
     EXPECT_FALSE(OpenFor("Read"));
 }
 
+TEST_F(FileAccessTest, AFileInMemoryThatIsContinuedGoesToFlashAsAWhole) {
+    Begin("file-buffer=65536\n");
+    SetText(*m_map, "FileWriteToFlash", "false");
+    Upload(Bytes(12));
+    SetText(*m_map, "FileWriteToFlash", "true");
+    ASSERT_TRUE(OpenFor("ReadWrite"));
+    SetText(*m_map, "FileAccessOffset", "12");
+    SetText(*m_map, "FileAccessLength", "4");
+    EXPECT_TRUE(Do("Write"));
+    EXPECT_TRUE(Do("Close"));
+    SetText(*m_map, "FileAccessOffset", "0");
+    EXPECT_EQ(Download().size(), 16U);
+    SetText(*m_map, "FileWriteToFlash", "false");
+    Upload(std::vector<std::uint8_t>(17U << 20U));
+    SetText(*m_map, "FileWriteToFlash", "true");
+    EXPECT_FALSE(OpenFor("ReadWrite")) << "flash holds less than memory";
+}
+
 TEST_F(FileAccessTest, OperationsOutOfTurnFail) {
     Begin();
     EXPECT_FALSE(Do("Close"));

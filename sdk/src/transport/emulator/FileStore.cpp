@@ -11,15 +11,18 @@ FileStore::Result FileStore::Open(File file, OpenMode mode, bool toFlash) {
     if (mode == OpenMode::Read && !Find(file)) {
         return {};
     }
-    if (mode == OpenMode::Write) {
-        // Writing starts with an empty file; what stood in memory no longer covers what goes to flash.
-        (toFlash ? m_flash : m_memory)[file].emplace();
-        if (toFlash) {
-            m_memory[file].reset();
+    if (mode != OpenMode::Read) {
+        // Writing alone starts with an empty file.
+        Content start = mode == OpenMode::ReadWrite && Find(file) ? *Find(file) : Content();
+        Files& files = toFlash ? m_flash : m_memory;
+        const std::uint64_t others = Used(files) - (files[file] ? files[file]->size() : 0);
+        if (others + start.size() > Capacity(toFlash)) {
+            return {};
         }
-    } else if (mode == OpenMode::ReadWrite) {
-        Content current = Find(file) ? *Find(file) : Content();
-        (toFlash ? m_flash : m_memory)[file] = std::move(current);
+        files[file] = std::move(start);
+        if (toFlash) {
+            m_memory[file].reset(); // it covers no longer what goes to flash
+        }
     }
     m_open[file] = Opened{mode, toFlash};
     return {Status::Success, 0};
@@ -53,12 +56,11 @@ FileStore::Result FileStore::Write(File file, std::uint64_t offset, std::uint64_
         return {};
     }
     Files& files = m_open[file]->toFlash ? m_flash : m_memory;
-    const std::uint64_t capacity = m_open[file]->toFlash ? kFlashBytes : kMemoryBytes;
     Content& content = *files[file];
     if (offset > content.size() || (file == FailingFile && offset + length > kFailAt)) {
         return {};
     }
-    const std::uint64_t room = capacity - Used(files) + (content.size() - offset);
+    const std::uint64_t room = Capacity(m_open[file]->toFlash) - Used(files) + (content.size() - offset);
     const std::uint64_t bytes = std::min(length, room);
     content.resize(std::max<std::size_t>(content.size(), offset + bytes));
     std::copy_n(from, bytes, content.begin() + static_cast<std::ptrdiff_t>(offset));

@@ -56,6 +56,7 @@ private:
     };
     const Content* Find(File file) const;
     static std::uint64_t Used(const Files& files);
+    static constexpr std::uint64_t Capacity(bool flash) { return flash ? kFlashBytes : kMemoryBytes; }
 
     Files& m_flash;
     Files m_memory;
