@@ -158,9 +158,9 @@ protected:
     void DeliverSlowly(int count) {
         for (int i = 0; i < count; ++i) {
             m_camera->Deliver(TestImage(++m_lastFrame));
-            QThread::msleep(2);
             QCoreApplication::processEvents();
             QThreadPool::globalInstance()->waitForDone();
+            QThread::msleep(2); // after the file has its name
         }
     }
     void WaitUntilDone() {
