@@ -164,15 +164,15 @@ TEST_F(ImageDisplayTest, AnImageLargerThanATextureIsShownWhole) {
     const auto large = static_cast<std::uint32_t>(limit + 500);
     for (const auto& [width, height] : {std::pair(large, 40U), {40U, large}}) {
         // Brighter and brighter along the long side.
-        std::vector<std::uint8_t> pixels(std::size_t{width} * height);
-        for (std::size_t i = 0; i < pixels.size(); ++i) {
-            pixels[i] = static_cast<std::uint8_t>((width == large ? i % width : i / width) * 250 / large);
+        const auto pixels = std::make_shared<std::vector<std::uint8_t>>(std::size_t{width} * height);
+        for (std::size_t i = 0; i < pixels->size(); ++i) {
+            (*pixels)[i] = static_cast<std::uint8_t>((width == large ? i % width : i / width) * 250 / large);
         }
         Norvane::Imaging::ImageLayout layout;
         layout.format = Norvane::PixelFormat_BayerRG8;
         layout.width = width;
         layout.height = height;
-        const auto image = Norvane::Imaging::MakeImage(layout, pixels.data(), pixels.size(), nullptr);
+        const auto image = Norvane::Imaging::MakeImage(layout, pixels->data(), pixels->size(), pixels);
         for (const int algorithm : {Norvane::NO_COLOR_PROCESSING, Norvane::NEAREST_NEIGHBOR}) {
             Gl()->setColorProcessingAlgorithm(algorithm);
             Gl()->updateImageDisplayGL(image);

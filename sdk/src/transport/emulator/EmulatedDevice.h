@@ -12,7 +12,7 @@ namespace Norvane::Transport::Emulator {
 
 /// An emulated camera that a program has opened. The first one controls it, the others and those of a camera
 /// with `access = RO` only read. Owned by the core; any thread may call it.
-class EmulatedDevice : public IDevice {
+class EmulatedDevice final : public IDevice {
 public:
     explicit EmulatedDevice(std::shared_ptr<EmulatedCamera> camera);
     ~EmulatedDevice() override;

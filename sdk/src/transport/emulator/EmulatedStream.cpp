@@ -122,7 +122,8 @@ ImageStatus EmulatedStream::Transmit(const EmulatedCamera::Image& image, std::si
     const ImageSettings& settings = *image.settings;
     const bool gigE = m_camera->IsGigE();
     const std::uint64_t packetBytes = std::max<std::uint32_t>(1, image.packetBytes);
-    const std::uint64_t dataPackets = (payloadBytes + packetBytes - 1) / packetBytes;
+    const std::uint64_t dataPackets =
+        std::max<std::uint64_t>(1, (payloadBytes + packetBytes - 1) / packetBytes);
     std::vector<std::uint64_t> missing;
     StreamStatistics change;
     change.totalPackets = gigE ? dataPackets + 2 : 0; // with leader and trailer
